@@ -1,0 +1,15 @@
+# Flags that every target is built with.
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+                    -Wnon-virtual-dtor -Wno-missing-field-initializers -Wold-style-cast -Woverloaded-virtual)
+if(ATDP_WARNINGS_AS_ERRORS)
+    add_compile_options(-Werror)
+endif()
+
+# The time arithmetic is defined operation by operation: no fused multiply-add.
+add_compile_options(-ffp-contract=off)
+
+if(ATDP_SANITIZE)
+    add_compile_options(-fsanitize=${ATDP_SANITIZE} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${ATDP_SANITIZE})
+endif()
