@@ -1,0 +1,33 @@
+// Audio-file services: a file opened for reading, and what it says of itself.
+//
+// A handle is checked at every call: a null, stale or foreign one answers
+// kStatusInvalidParameter and is never dereferenced. One thread at a time per handle.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/core_audio_types.h"
+#include "platform/core_foundation.h"
+
+struct OpaqueAudioFileID;
+using AudioFileID = OpaqueAudioFileID*;
+
+inline constexpr std::int8_t kAudioFileReadPermission = 1;
+
+// Properties. Those not listed here, or that a file does not have, answer
+// kStatusUnknownProperty.
+inline constexpr std::uint32_t kAudioFilePropertyFileFormat = fourCharCode("ffmt");  // uint32
+inline constexpr std::uint32_t kAudioFilePropertyPacketTableInfo =
+    fourCharCode("pnfo");  // AudioFilePacketTableInfo
+
+// Opens the file for reading (`permissions` must be kAudioFileReadPermission). Its content alone
+// decides what it is; the type hint is not used. On success `*file` is a handle that the caller
+// closes with AudioFileClose; on failure it is left alone.
+OSStatus AudioFileOpenURL(CFURLRef url, std::int8_t permissions, std::uint32_t fileTypeHint,
+                          AudioFileID* file);
+OSStatus AudioFileClose(AudioFileID file);
+
+// Reads a property into `data`. `*dataBytes` is the room there, which must be the property's size,
+// and on return the bytes written.
+OSStatus AudioFileGetProperty(AudioFileID file, std::uint32_t property, std::uint32_t* dataBytes,
+                              void* data);
