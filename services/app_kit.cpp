@@ -1,0 +1,3 @@
+#include "platform/app_kit.h"
+
+double NSAppKitVersionNumber = 1138.0;

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "services/codecs/frame_reader.h"
+#include "services/codecs/pcm_conversion.h"
+#include "services/io/byte_source.h"
+
+namespace atdp::services {
+
+// Reads linear PCM a block at a time and converts it on the way out.
+class PcmReader final : public FrameReader {
+ public:
+    // `data` holds whole frames. `conversion` must not be null.
+    PcmReader(std::shared_ptr<ByteSource> source, ByteRange data,
+              const AudioStreamBasicDescription& format, PcmConversion conversion);
+
+    Result<std::uint32_t> read(float* samples, std::uint32_t frames) override;
+    void seek(std::uint64_t frame) override;
+
+ private:
+    bool fillBlock();
+
+    std::shared_ptr<ByteSource> source_;
+    ByteRange data_;
+    std::uint32_t bytesPerFrame_;
+    std::uint32_t channels_;
+    PcmConversion conversion_;
+    std::vector<std::byte> block_;  // a whole number of frames
+    ByteRange held_;                // what block_ holds of the file
+    std::uint64_t position_;        // byte offset in the file of the next frame
+};
+
+}  // namespace atdp::services

@@ -1,0 +1,45 @@
+// The chunks of RIFF and IFF files: an identifier, a 32-bit size, a body, and a pad byte where the
+// size is odd.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "services/io/byte_source.h"
+
+namespace atdp::services {
+
+enum class ByteOrder { kLittleEndian, kBigEndian };
+
+struct Chunk {
+    std::uint32_t identifier = 0;   // four-character code
+    std::uint64_t statedBytes = 0;  // the size that the header states
+    ByteRange body;                 // clamped to the file
+};
+
+// The chunks from an offset to the end of the file, which is taken over the size of the enclosing
+// form: writers that were interrupted leave that wrong.
+class ChunkWalk {
+ public:
+    ChunkWalk(ByteSource& source, std::uint64_t offset, ByteOrder order)
+        : source_(source), offset_(offset), order_(order) {}
+
+    // The next chunk, or none at the end of the file, at bytes that are no chunk, or after as many
+    // chunks as limits.h allows.
+    Result<std::optional<Chunk>> next();
+
+    // Makes the last chunk that next() gave longer or shorter, where its size stands elsewhere.
+    void resize(Chunk& chunk, std::uint64_t bytes);
+
+ private:
+    bool isPadded(const Chunk& chunk);
+
+    ByteSource& source_;
+    std::uint64_t offset_;
+    ByteOrder order_;
+    std::optional<Chunk> last_;
+    std::size_t chunks_ = 0;
+};
+
+}  // namespace atdp::services

@@ -1,0 +1,195 @@
+#include "services/containers/wave.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <optional>
+
+#include "services/containers/chunk_walk.h"
+#include "services/containers/linear_pcm.h"
+
+namespace atdp::services {
+namespace {
+
+constexpr std::uint64_t kFormHeaderBytes = 12;
+constexpr std::uint32_t kUnknownSize = 0xFFFF'FFFF;  // of a stream, or stated in the ds64 chunk
+constexpr std::uint64_t kToTheEnd = std::numeric_limits<std::uint64_t>::max();
+
+// Format tags of the fmt chunk (RFC 2361).
+constexpr std::uint16_t kTagPcm = 0x0001;
+constexpr std::uint16_t kTagFloat = 0x0003;
+constexpr std::uint16_t kTagALaw = 0x0006;
+constexpr std::uint16_t kTagULaw = 0x0007;
+constexpr std::uint16_t kTagExtensible = 0xFFFE;
+
+// Codecs without a code of their own: 'ms' and the tag.
+constexpr std::uint32_t kFormatForTag = 0x6D73'0000;
+
+struct WaveFormat {
+    std::uint16_t tag = 0;
+    std::uint16_t channels = 0;
+    std::uint32_t rate = 0;
+    std::uint16_t frameBytes = 0;
+    std::uint16_t containerBits = 0;
+    std::uint16_t validBits = 0;
+};
+
+// What the walk over the chunks collects.
+struct WaveChunks {
+    std::optional<WaveFormat> format;
+    std::optional<ByteRange> data;
+};
+
+// Sizes of an RF64 or BW64 file that do not fit 32 bits.
+struct LargeSizes {
+    std::uint64_t formBytes = 0;
+    std::uint64_t dataBytes = 0;
+};
+
+bool isLargeForm(std::uint32_t form) {
+    return form == fourCharCode("RF64") || form == fourCharCode("BW64");
+}
+
+std::optional<WaveFormat> parseFormat(Bytes body) {
+    ByteCursor cursor(body);
+    WaveFormat format;
+    format.tag = cursor.littleEndian<std::uint16_t>();
+    format.channels = cursor.littleEndian<std::uint16_t>();
+    format.rate = cursor.littleEndian<std::uint32_t>();
+    cursor.skip(4);  // bytes per second
+    format.frameBytes = cursor.littleEndian<std::uint16_t>();
+    format.containerBits = cursor.littleEndian<std::uint16_t>();
+    format.validBits = format.containerBits;
+    if (format.tag == kTagExtensible) {
+        cursor.skip(2);  // bytes that follow
+        const auto validBits = cursor.littleEndian<std::uint16_t>();
+        if (validBits != 0) format.validBits = validBits;
+        cursor.skip(4);                                     // channel mask
+        format.tag = cursor.littleEndian<std::uint16_t>();  // the sub-format starts with the tag
+        cursor.skip(14);
+    }
+    if (cursor.failed()) return std::nullopt;
+    return format;
+}
+
+Result<std::optional<WaveFormat>> readFormat(ByteSource& source, const Chunk& chunk) {
+    std::array<std::byte, 40> body;
+    const std::size_t bytes = std::min<std::uint64_t>(body.size(), chunk.body.bytes);
+    const auto got = source.readAt(chunk.body.offset, std::span(body).first(bytes));
+    if (!got) return got.failure();
+    return parseFormat(std::span(body).first(*got));
+}
+
+Result<LargeSizes> readLargeSizes(ByteSource& source, const Chunk& chunk) {
+    std::array<std::byte, 16> body{};  // a table of further sizes follows
+    const auto got = source.readAt(chunk.body.offset, body);
+    if (!got) return got.failure();
+    ByteCursor cursor(body);
+    LargeSizes sizes;
+    sizes.formBytes = cursor.littleEndian<std::uint64_t>();
+    sizes.dataBytes = cursor.littleEndian<std::uint64_t>();
+    return sizes;
+}
+
+// The size of the data chunk. A writer that cannot go back, such as a pipe's, leaves it 0 or all
+// ones; the sound then runs to the end of the file. A size of 0 is true where the form's own size
+// was filled in.
+std::uint64_t dataBytes(const Chunk& chunk, std::uint64_t formBytes,
+                        const std::optional<LargeSizes>& largeSizes, std::uint64_t fileBytes) {
+    std::uint64_t bytes = chunk.statedBytes;
+    if (bytes == kUnknownSize) {
+        if (!largeSizes) return kToTheEnd;
+        bytes = largeSizes->dataBytes;
+        formBytes = largeSizes->formBytes;
+    }
+    return bytes == 0 && formBytes != fileBytes - 8 ? kToTheEnd : bytes;
+}
+
+Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bool largeForm) {
+    ChunkWalk walk(source, kFormHeaderBytes, ByteOrder::kLittleEndian);
+    std::optional<LargeSizes> largeSizes;
+    WaveChunks chunks;
+    for (;;) {
+        auto next = walk.next();
+        if (!next) return next.failure();
+        if (!*next) return chunks;
+        Chunk chunk = **next;
+        if (chunk.identifier == fourCharCode("ds64") && largeForm && !largeSizes) {
+            const auto sizes = readLargeSizes(source, chunk);
+            if (!sizes) return sizes.failure();
+            largeSizes = *sizes;
+        } else if (chunk.identifier == fourCharCode("fmt ") && !chunks.format) {
+            const auto format = readFormat(source, chunk);
+            if (!format) return format.failure();
+            chunks.format = *format;
+        } else if (chunk.identifier == fourCharCode("data") && !chunks.data) {
+            walk.resize(chunk, dataBytes(chunk, formBytes, largeSizes, source.sizeBytes()));
+            chunks.data = chunk.body;
+        }
+    }
+}
+
+// Whether samples of that many bits are kept in containers of that many bytes. Apart from the
+// smallest container, only 24 bits in 32-bit words are met, as sound cards deliver them.
+bool agree(std::uint32_t bits, std::uint32_t bytesPerSample) {
+    return (bits + 7) / 8 == bytesPerSample || (bits == 24 && bytesPerSample == 4);
+}
+
+Result<SoundDescription> describePcm(std::uint32_t fileType, const WaveFormat& format,
+                                     ByteRange data) {
+    if (format.channels == 0 || format.frameBytes % format.channels != 0) return Failure::kDamaged;
+    LinearPcm pcm;
+    pcm.rate = format.rate;
+    pcm.channels = format.channels;
+    pcm.bytesPerSample = format.frameBytes / format.channels;
+    pcm.isFloat = format.tag == kTagFloat;
+    pcm.isSigned = pcm.bytesPerSample > 1;  // 8 bits are unsigned in WAVE
+    pcm.bitsPerChannel = pcm.isFloat ? format.containerBits : format.validBits;
+    if (!agree(format.containerBits, pcm.bytesPerSample)) return Failure::kDamaged;
+    return describeLinearPcm(fileType, pcm, data);
+}
+
+// Codecs that this system names but does not decode.
+Result<SoundDescription> describeOther(std::uint32_t fileType, const WaveFormat& format,
+                                       ByteRange data) {
+    if (!isPlausible(format.rate, format.channels)) return Failure::kDamaged;
+    SoundDescription sound;
+    sound.fileType = fileType;
+    sound.data = data;
+    sound.format.mSampleRate = format.rate;
+    sound.format.mChannelsPerFrame = format.channels;
+    sound.format.mFormatID = format.tag == kTagULaw   ? kAudioFormatULaw
+                             : format.tag == kTagALaw ? kAudioFormatALaw
+                                                      : kFormatForTag + format.tag;
+    return sound;
+}
+
+}  // namespace
+
+bool isWave(Bytes head) {
+    ByteCursor cursor(head);
+    const auto form = cursor.bigEndian<std::uint32_t>();
+    cursor.skip(4);
+    const auto kind = cursor.bigEndian<std::uint32_t>();
+    return (form == fourCharCode("RIFF") || isLargeForm(form)) && kind == fourCharCode("WAVE");
+}
+
+Result<SoundDescription> describeWave(ByteSource& source) {
+    std::array<std::byte, kFormHeaderBytes> head{};
+    const auto got = source.readAt(0, head);
+    if (!got) return got.failure();
+    ByteCursor cursor(head);
+    const bool largeForm = isLargeForm(cursor.bigEndian<std::uint32_t>());
+    const auto formBytes = cursor.littleEndian<std::uint32_t>();
+
+    const auto chunks = collectChunks(source, formBytes, largeForm);
+    if (!chunks) return chunks.failure();
+    if (!chunks->format || !chunks->data) return Failure::kDamaged;
+    const std::uint32_t fileType = largeForm ? kAudioFileRF64Type : kAudioFileWAVEType;
+    const std::uint16_t tag = chunks->format->tag;
+    return tag == kTagPcm || tag == kTagFloat
+               ? describePcm(fileType, *chunks->format, *chunks->data)
+               : describeOther(fileType, *chunks->format, *chunks->data);
+}
+
+}  // namespace atdp::services

@@ -1,0 +1,145 @@
+// Handles that can be checked: whatever value a client passes, a lookup answers the live object it
+// was given for, or nothing, and never touches memory that is gone.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace atdp::services {
+
+// A handle is a number: generation (32 bits), slot (28), kind (4). A slot's generation is odd while
+// it holds an object, so a stale handle differs from every later one of that slot; the kind keeps
+// the handles of two tables apart.
+//
+// Lookups take no lock, since every small read makes one. Objects of different handles may be used
+// on different threads; releasing a handle while another thread uses it is the client's error.
+template <class Object, class Handle, std::uintptr_t Kind>
+class HandleTable {
+    static_assert(sizeof(std::uintptr_t) == 8 && Kind > 0 && Kind < 16);
+
+ public:
+    Handle insert(std::shared_ptr<Object> object) {
+        const std::lock_guard lock(mutex_);
+        const std::uint32_t index = takeFreeSlot();
+        Slot& slot = *slotAt(index);
+        slot.object = std::move(object);
+        const std::uint32_t generation = slot.generation.load(std::memory_order_relaxed) + 1;
+        slot.generation.store(generation, std::memory_order_release);
+        return reinterpret_cast<Handle>(std::uintptr_t{generation} << 32 |
+                                        std::uintptr_t{index} << 4 | Kind);
+    }
+
+    // The object, or null; valid until the handle is released.
+    Object* find(Handle handle) const {
+        const Slot* slot = liveSlot(handle);
+        return slot ? slot->object.get() : nullptr;
+    }
+
+    // As find, for a client that keeps the object beyond the handle.
+    std::shared_ptr<Object> share(Handle handle) const {
+        const Slot* slot = liveSlot(handle);
+        return slot ? slot->object : nullptr;
+    }
+
+    // False when the handle is not live. The object goes when its last owner does.
+    bool erase(Handle handle) {
+        std::shared_ptr<Object> object;  // outlives the lock
+        const std::lock_guard lock(mutex_);
+        Slot* slot = liveSlot(handle);
+        if (slot == nullptr) return false;
+        slot->generation.store(slot->generation.load(std::memory_order_relaxed) + 1,
+                               std::memory_order_release);
+        object = std::move(slot->object);
+        freeSlots_.push_back(indexOf(handle));  // room was reserved when the slot was made
+        return true;
+    }
+
+    // Releases every handle and all memory.
+    void clear() {
+        const std::lock_guard lock(mutex_);
+        for (std::size_t block = 0; block < usedBlocks_; ++block) {
+            blocks_[block].store(nullptr, std::memory_order_release);
+            owned_[block].reset();
+        }
+        usedBlocks_ = 0;
+        std::vector<std::uint32_t>().swap(freeSlots_);
+    }
+
+ private:
+    struct Slot {
+        std::atomic<std::uint32_t> generation{0};
+        std::shared_ptr<Object> object;
+    };
+    // Block k holds 64 x 2^k slots. Blocks are never moved or freed, so lookups need no lock.
+    static constexpr std::uint32_t kFirstBlockSlots = 64;
+    static constexpr std::size_t kBlocks = 22;
+
+    static std::uint32_t indexOf(Handle handle) {
+        return reinterpret_cast<std::uintptr_t>(handle) >> 4 & 0x0FFF'FFFF;
+    }
+
+    Slot* slotAt(std::uint32_t index) const {
+        const std::uint32_t shifted = index / kFirstBlockSlots + 1;
+        const auto block = static_cast<std::uint32_t>(std::bit_width(shifted)) - 1;
+        if (block >= kBlocks) return nullptr;
+        Slot* slots = blocks_[block].load(std::memory_order_acquire);
+        return slots ? slots + (index - kFirstBlockSlots * ((1U << block) - 1)) : nullptr;
+    }
+
+    Slot* liveSlot(Handle handle) const {
+        const auto value = reinterpret_cast<std::uintptr_t>(handle);
+        const auto generation = static_cast<std::uint32_t>(value >> 32);
+        if ((value & 15) != Kind || generation % 2 == 0) return nullptr;
+        Slot* slot = slotAt(indexOf(handle));
+        const bool live = slot && slot->generation.load(std::memory_order_acquire) == generation;
+        return live ? slot : nullptr;
+    }
+
+    std::uint32_t takeFreeSlot() {
+        if (freeSlots_.empty()) addBlock();
+        const std::uint32_t index = freeSlots_.back();
+        freeSlots_.pop_back();
+        return index;
+    }
+
+    void addBlock() {
+        if (usedBlocks_ == kBlocks) throw std::bad_alloc();
+        const std::uint32_t count = kFirstBlockSlots << usedBlocks_;
+        const std::uint32_t first = kFirstBlockSlots * ((1U << usedBlocks_) - 1);
+        freeSlots_.reserve(std::size_t{first} + count);
+        owned_[usedBlocks_] = std::make_unique<Slot[]>(count);
+        blocks_[usedBlocks_].store(owned_[usedBlocks_].get(), std::memory_order_release);
+        ++usedBlocks_;
+        for (std::uint32_t i = count; i-- > 0;) freeSlots_.push_back(first + i);
+    }
+
+    std::mutex mutex_;
+    std::array<std::atomic<Slot*>, kBlocks> blocks_{};
+    std::array<std::unique_ptr<Slot[]>, kBlocks> owned_;
+    std::size_t usedBlocks_ = 0;
+    std::vector<std::uint32_t> freeSlots_;
+};
+
+// The one table of its type. It is cleared when the module is unloaded or the process ends, but
+// never destroyed: static objects of a host may close their decoders later still, and then meet
+// handles that are no longer live.
+template <class Table>
+Table& moduleWide() {
+    alignas(Table) static std::byte storage[sizeof(Table)];
+    static Table* const table = new (storage) Table;
+    struct ClearAtTheEnd {
+        ~ClearAtTheEnd() { table->clear(); }
+    };
+    static const ClearAtTheEnd clearAtTheEnd;
+    return *table;
+}
+
+}  // namespace atdp::services
