@@ -1,0 +1,82 @@
+#include "plugin/audio_toolbox_decoder_plugin.h"
+
+#include <cstring>
+#include <new>
+
+#include "decoder/audio_toolbox_wav_decoder.h"
+#include "platform/extended_audio_file.h"
+#include "platform/log.h"
+#include "plugin/module.h"
+
+namespace atdp {
+namespace {
+
+struct ExtAudioFileDisposer {
+    void operator()(ExtAudioFileRef reader) const { ExtAudioFileDispose(reader); }
+};
+using ScopedExtAudioFile = std::unique_ptr<OpaqueExtAudioFile, ExtAudioFileDisposer>;
+
+const DecoderClass* classForFormat(std::uint32_t formatID) {
+    switch (formatID) {
+        case kAudioFormatLinearPCM:
+            return &AudioToolboxWavDecoder::decoderClass();
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+// A bare init must never produce a usable plug-in.
+std::unique_ptr<PluginProtocol> AudioToolboxDecoderPlugin::init() {
+    return nullptr;
+}
+
+std::unique_ptr<PluginProtocol> AudioToolboxDecoderPlugin::initWithKey(
+    std::optional<std::string_view> key) {
+    if (key != kPluginKey) return nullptr;
+    return std::unique_ptr<PluginProtocol>(new (std::nothrow) AudioToolboxDecoderPlugin);
+}
+
+std::unique_ptr<Properties> AudioToolboxDecoderPlugin::getProperties() {
+    try {
+        return std::make_unique<Properties>(Properties{
+            {PLUGIN_KEY_NAME, "AudioToolboxDecoderPlugin"},
+            {PLUGIN_KEY_IF_VER, "1.0.0"},
+            {PLUGIN_KEY_PRIO, std::uint32_t{100}},
+            {PLUGIN_KEY_PLUG_TYPE, std::uint32_t{1}},
+            {PLUGIN_KEY_CODEC_TYPE, std::uint32_t{1}},
+            {PLUGIN_KEY_EXTS, std::vector<std::string>{"wav", "aiff", "aif", "mp3", "m4a"}},
+        });
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// A file that cannot be opened, or that holds another encoding, is no news: hosts ask about every
+// file of a folder. Only failures that should not happen are logged.
+const DecoderClass* AudioToolboxDecoderPlugin::findDecoderClassByPath(const std::string& path) {
+    const ScopedCFURL url(CFURLCreateFromFileSystemRepresentation(
+        kCFAllocatorDefault, reinterpret_cast<const std::uint8_t*>(path.c_str()),
+        static_cast<long>(std::strlen(path.c_str())), false));
+    if (!url) {
+        NSLog("CFURLCreateFromFileSystemRepresentation failed.");
+        return nullptr;
+    }
+    ExtAudioFileRef opened = nullptr;
+    if (ExtAudioFileOpenURL(url.get(), &opened) != noErr) return nullptr;
+    const ScopedExtAudioFile reader(opened);
+
+    AudioStreamBasicDescription format{};
+    std::uint32_t bytes = sizeof(format);
+    const OSStatus status = ExtAudioFileGetProperty(
+        reader.get(), kExtAudioFileProperty_FileDataFormat, &bytes, &format);
+    if (status != noErr) {
+        NSLog("ExtAudioFileGetProperty (kExtAudioFileProperty_FileDataFormat) failed.(0x%lX)",
+              status);
+        return nullptr;
+    }
+    return classForFormat(format.mFormatID);
+}
+
+}  // namespace atdp
