@@ -1,0 +1,39 @@
+// Takes the frames of an open file one request at a time.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "host/opened_file.h"
+
+namespace atdp::host {
+
+class FrameReader {
+ public:
+    // Asks for `requestFrames` at a time, or for what the decoder prefers when it is 0. The file
+    // must be freshly opened and outlive the reader.
+    FrameReader(OpenedFile& file, ModuleLog& log, std::uint32_t requestFrames = 0);
+
+    std::uint32_t channels() const { return channels_; }
+    float rate() const { return rate_; }  // Hz
+
+    // Makes this frame of the file the next one delivered. Past the end nothing is delivered.
+    void startAt(std::uint64_t frame);
+
+    // The next frames, interleaved, valid until the next call; empty at the end. Throws Failure
+    // when the file cannot be decoded further, after the frames before that have been delivered.
+    std::span<const float> next();
+
+ private:
+    OpenedFile& file_;
+    ModuleLog& log_;
+    std::uint32_t channels_;
+    float rate_;
+    std::vector<float> samples_;
+    std::span<const float> pending_;  // delivered by the decoder, not yet by next()
+    std::int32_t result_ = DECODER_RESULT_OK;
+    bool ended_ = false;
+};
+
+}  // namespace atdp::host

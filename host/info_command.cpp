@@ -1,0 +1,57 @@
+// atdp info: what each file says of itself.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/commands.h"
+#include "host/console.h"
+#include "host/exit_codes.h"
+#include "host/failure.h"
+#include "host/file_facts.h"
+
+namespace atdp::host {
+namespace {
+
+struct InfoOptions {
+    std::vector<std::string> paths;
+    bool asJson = false;
+};
+
+int info(PluginModule& module, const InfoOptions& options) {
+    int exitCode = kExitOk;
+    auto facts = nlohmann::ordered_json::array();
+    for (const std::string& path : options.paths) {
+        std::string text;
+        try {
+            OpenedFile file = openFile(module, path);
+            if (options.asJson) {
+                facts.push_back(factsAsJson(file));
+            } else {
+                text = factsAsText(file);
+            }
+        } catch (const Failure& failure) {
+            printError(failure.what());
+            exitCode = kExitFailed;
+        }
+        print(text);
+    }
+    if (options.asJson) print(facts.dump(2) + "\n");
+    return exitCode;
+}
+
+}  // namespace
+
+void addInfoCommand(CLI::App& app, Command& chosen) {
+    CLI::App* const command = app.add_subcommand("info", "Show what each file says of itself");
+    const auto options = std::make_shared<InfoOptions>();
+    command->add_flag("--json", options->asJson, "Write a JSON array with an object a file");
+    command->add_option("FILE", options->paths, "Sound files")->required()->type_name("PATH");
+    command->footer(
+        "The bit rate (bitRate) is in bytes per second, of the file's own uncompressed samples;\n"
+        "0 for compressed files. durationNs is in nanoseconds.");
+    command->callback([&chosen, options] {
+        chosen = [options](PluginModule& module) { return info(module, *options); };
+    });
+}
+
+}  // namespace atdp::host

@@ -1,0 +1,81 @@
+// atdp play: files through the sound device, one after the other without a gap.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/commands.h"
+#include "host/console.h"
+#include "host/exit_codes.h"
+#include "host/failure.h"
+#include "host/frame_reader.h"
+#include "host/number_text.h"
+#include "host/sound_device.h"
+#include "host/stop_signal.h"
+#include "host/terminal_line.h"
+
+namespace atdp::host {
+namespace {
+
+void showPosition(TerminalLine& line, OpenedFile& file, std::uint64_t frames, float rate) {
+    const double position = static_cast<double>(frames) / double{rate};
+    const double length = static_cast<double>(file.decoder->getDuration()) / 1e9;
+    line.show(clockText(position) + " / " + clockText(length) + "  " + file.path);
+}
+
+// Gives the whole file to the device. The file before it may still be playing meanwhile.
+void playFile(PluginModule& module, const std::string& path, SoundDevice& device,
+              TerminalLine& line) {
+    OpenedFile file = openFile(module, path);
+    FrameReader reader(file, module.log());
+    const auto rate = static_cast<std::uint32_t>(std::lround(reader.rate()));
+    if (!device.prepare(rate, reader.channels())) {
+        throw Failure(path, "the sound device refuses " + plainNumber(reader.rate()) + " Hz, " +
+                                std::to_string(reader.channels()) + " channels");
+    }
+    std::uint64_t framesGiven = 0;
+    for (auto samples = reader.next(); !samples.empty(); samples = reader.next()) {
+        device.play(samples);
+        framesGiven += samples.size() / reader.channels();
+        if (!line.isDue()) continue;
+        const std::uint64_t framesHeard =
+            framesGiven - std::min(framesGiven, device.framesWaiting());
+        showPosition(line, file, framesHeard, reader.rate());
+    }
+}
+
+int play(PluginModule& module, const std::vector<std::string>& paths) {
+    catchStopSignals();
+    int exitCode = kExitOk;
+    SoundDevice device;
+    TerminalLine line;
+    for (const std::string& path : paths) {
+        try {
+            playFile(module, path, device, line);
+        } catch (const SoundDeviceFailure&) {
+            throw;
+        } catch (const Failure& failure) {
+            line.clear();
+            printError(failure.what());
+            exitCode = kExitFailed;
+        }
+    }
+    device.drain();
+    return exitCode;
+}
+
+}  // namespace
+
+void addPlayCommand(CLI::App& app, Command& chosen) {
+    CLI::App* const command =
+        app.add_subcommand("play", "Play files on the sound device, without gaps between them");
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    command->add_option("FILE", *paths, "Sound files")->required()->type_name("PATH");
+    command->callback([&chosen, paths] {
+        chosen = [paths](PluginModule& module) { return play(module, *paths); };
+    });
+}
+
+}  // namespace atdp::host

@@ -1,0 +1,71 @@
+#include "host/plugin_module.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <type_traits>
+
+#include "host/failure.h"
+#include "platform/log.h"
+
+namespace atdp::host {
+namespace {
+
+constexpr const char* kModuleFileName = "AudioToolboxDecoderPlugin.so";
+
+// Why the last dlopen failed. Most of its messages start with the path, which ours name already.
+std::string loadError(const std::string& path) {
+    const std::string message = dlerror();
+    return message.starts_with(path + ": ") ? message.substr(path.size() + 2) : message;
+}
+
+}  // namespace
+
+std::string defaultModulePath() {
+    const std::filesystem::path programFolder =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    const std::filesystem::path places[] = {
+        programFolder / kModuleFileName,
+        programFolder.parent_path() / "lib" / kModuleFileName,
+        ATDP_INSTALLED_MODULE,
+    };
+    for (const auto& place : places) {
+        std::error_code ignored;
+        if (std::filesystem::exists(place, ignored)) return place;
+    }
+    throw Failure(kModuleFileName, "not found beside this program, in ../lib or at " +
+                                       places[2].string() + " (name it with --plugin)");
+}
+
+void PluginModule::LibraryCloser::operator()(void* library) const {
+    dlclose(library);
+}
+
+template <class T>
+T* PluginModule::symbol(const char* name) const {
+    void* const address = dlsym(library_.get(), name);
+    if (address == nullptr) {
+        throw Failure(path_, "not a decoder module (" + std::string(name) + " is missing)");
+    }
+    return reinterpret_cast<T*>(address);
+}
+
+PluginModule::PluginModule(const std::string& path) : path_(path) {
+    // An absolute path, since a bare name would be searched for among the system's libraries.
+    const std::string absolutePath = std::filesystem::absolute(path);
+    library_.reset(dlopen(absolutePath.c_str(), RTLD_NOW | RTLD_LOCAL));
+    if (!library_) throw Failure(path, loadError(absolutePath));
+
+    const auto entry = symbol<std::remove_pointer_t<ModuleEntry>>(kModuleEntryName);
+    const PrincipalClass* const principal = entry(kModuleInterfaceNumber);
+    if (principal == nullptr) {
+        throw Failure(path, "made for another version of this program (interface " +
+                                std::to_string(kModuleInterfaceNumber) + " is not spoken)");
+    }
+    symbol<decltype(AudioToolboxDecoderPluginSetLogSink)>("AudioToolboxDecoderPluginSetLogSink")(
+        ModuleLog::receive, &log_);
+    plugin_ = principal->initWithKey(kPluginKey);
+    if (!plugin_) throw Failure(path, "the module refuses to make its plug-in");
+}
+
+}  // namespace atdp::host

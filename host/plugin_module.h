@@ -1,0 +1,40 @@
+// The loaded decoder module.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/module_log.h"
+#include "plugin/module.h"
+
+namespace atdp::host {
+
+// The module to load when the command line names none: beside this program, in its sibling folder
+// lib, or where the module is installed. Throws Failure when it is in none of them.
+std::string defaultModulePath();
+
+// Loads the module and makes its plug-in. Whatever the plug-in hands out must be gone before this
+// is, since the code that destroys it goes with the module.
+class PluginModule {
+ public:
+    explicit PluginModule(const std::string& path);  // throws Failure
+
+    PluginProtocol& plugin() { return *plugin_; }
+    ModuleLog& log() { return log_; }
+
+ private:
+    struct LibraryCloser {
+        void operator()(void* library) const;
+    };
+
+    // A function or constant of the module, by its name.
+    template <class T>
+    T* symbol(const char* name) const;
+
+    std::string path_;
+    ModuleLog log_;
+    std::unique_ptr<void, LibraryCloser> library_;
+    std::unique_ptr<PluginProtocol> plugin_;
+};
+
+}  // namespace atdp::host
