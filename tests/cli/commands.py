@@ -1,0 +1,54 @@
+"""Runs the programs under test, and those that make files for them."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ATDP = os.environ["ATDP"]
+MINIMAL_HOST = os.environ["MINIMAL_HOST"]
+MODULE = os.environ["MODULE"]
+
+
+def atdp(*arguments, **options):
+    """Runs atdp; the result has returncode, stdout and stderr, the latter two as bytes."""
+    return subprocess.run([ATDP, *map(str, arguments)], capture_output=True, timeout=120, **options)
+
+
+def run(*command):
+    """Runs another program that must succeed, and answers its standard output."""
+    return subprocess.run(
+        list(map(str, command)), check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL
+    ).stdout
+
+
+def ffmpeg_samples(path):
+    """The file as the independent decoder hears it: interleaved little-endian floats."""
+    return run("ffmpeg", "-v", "error", "-i", path, "-f", "f32le", "-")
+
+
+class InFolder(unittest.TestCase):
+    """A test with a folder of its own."""
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="atdp-cli-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def sox(self, name, *arguments, seconds=1, channels=2, rate=44100):
+        """Makes a file of noise, or of what the arguments say."""
+        path = self.folder / name
+        sound = arguments or ("-b", "16")
+        # -R: the same noise each time
+        run("sox", "-R", "-n", "-r", rate, "-c", channels, *sound, path, "synth", seconds, "pinknoise")
+        return path
+
+    def assert_fails(self, result, *words):
+        """One line on standard error that says why, nothing on standard output, exit code 1."""
+        self.assertEqual(result.returncode, 1, result)
+        self.assertEqual(result.stdout, b"")
+        lines = result.stderr.decode().splitlines()
+        self.assertEqual(len(lines), 1, lines)
+        for word in ("atdp: ",) + words:
+            self.assertIn(word, lines[0])

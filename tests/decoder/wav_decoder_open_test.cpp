@@ -1,0 +1,207 @@
+// Opening and closing: order, failures, and who holds which handle.
+#include "tests/support/wav_decoder_test.h"
+
+namespace atdp {
+namespace {
+
+using scripted::bytesOf;
+
+TEST_F(WavDecoderTest, OpenAndCloseCallThePlatformInOrder) {
+    platform().frames = 441'000;
+    platform().fileProperties["pnfo"] = bytesOf(AudioFilePacketTableInfo{900, 60, 40});
+    platform().format = {44100, kAudioFormatAppleLossless, 1, 0, 4096, 0, 2, 0, 7};
+    AudioToolboxWavDecoder decoder;
+    ASSERT_EQ(decoder.openByPath(path + std::string("\0.mp3", 5), nullptr), DECODER_RESULT_OK);
+    EXPECT_EQ(decoder.getPrimingFrames(), 60);
+    EXPECT_EQ(decoder.getRemainderFrames(), 40);
+    EXPECT_EQ(decoder.getDuration(), 10'000'000'000U);  // of all frames, not the valid ones
+    decoder.close();
+    std::erase(platform().calls, "CFRelease url 1");  // any time after its last use
+    EXPECT_EQ(
+        platform().calls,
+        (Lines{"CFURLCreateFromFileSystemRepresentation /music/song.wav 0",
+               "AudioFileOpenURL url 1 1 0", "ExtAudioFileWrapAudioFileID file 1 0",
+               "ExtAudioFileGetProperty #frm reader 1 8", "ExtAudioFileGetProperty afil reader 1 8",
+               "AudioFileGetProperty pnfo file 1 16", "ExtAudioFileGetProperty ffmt reader 1 40",
+               "ExtAudioFileSetProperty cfmt reader 1 40 44100 lpcm 9 8 1 8 2 32 7",
+               "ExtAudioFileDispose reader 1", "AudioFileClose file 1"}));
+    EXPECT_EQ(platform().log, Lines{});
+}
+
+std::string joined(const Lines& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += line + '\n';
+    return text;
+}
+
+struct BadAnswer {
+    const char* name;
+    const char* call;
+    OSStatus status;             // noErr: the size alone is wrong
+    std::uint32_t returnedSize;  // 0: the value's own
+    std::string log;
+    const char* held = "";  // by the decoder afterwards
+};
+
+std::string nameOf(const ::testing::TestParamInfo<BadAnswer>& info) {
+    return info.param.name;
+}
+
+class BadAnswerTest : public WavDecoderTest, public ::testing::WithParamInterface<BadAnswer> {
+ protected:
+    BadAnswerTest() {
+        const BadAnswer& bad = GetParam();
+        if (bad.status != noErr) platform().failures[bad.call] = {bad.status};
+        if (bad.returnedSize != 0) platform().returnedSize[bad.call] = bad.returnedSize;
+    }
+};
+
+class FailedOpen : public BadAnswerTest {};
+
+TEST_P(FailedOpen, IsLoggedAndHoldsWhatItGotUntilClose) {
+    AudioToolboxWavDecoder decoder;
+    EXPECT_EQ(decoder.openByPath(path, nullptr), DECODER_RESULT_FAILED);
+    EXPECT_EQ(joined(platform().log), GetParam().log);
+    EXPECT_EQ(joined(platform().live()), GetParam().held);
+    EXPECT_EQ(deliver(decoder, 8), Delivery(DECODER_RESULT_READ_FAILED, 0, room(8, 0, 0)));
+    decoder.close();
+    decoder.close();
+}
+
+TEST_P(FailedOpen, IsNotClosedByTheDestructor) {
+    AudioToolboxWavDecoder().openByPath(path, nullptr);
+    leftOpen = platform().live();
+    EXPECT_EQ(joined(leftOpen), GetParam().held);
+}
+
+constexpr const char* kBoth = "file 1\nreader 1\n";
+const std::string kGetProperty = "ExtAudioFileGetProperty (kExtAudioFileProperty_";
+
+const BadAnswer kFatalAnswers[] = {
+    {"Url", "CFURLCreateFromFileSystemRepresentation", -1, 0,
+     "CFURLCreateFromFileSystemRepresentation failed.\n"},
+    {"File", "AudioFileOpenURL", -43, 0,
+     "url: file:///music/song.wav\nAudioFileOpenURL failed.(-43)\n"},
+    {"Reader", "ExtAudioFileWrapAudioFileID", kStatusUnsupportedFormat, 0,
+     "ExtAudioFileWrapAudioFileID failed.(0x666D743F)\n", "file 1\n"},
+    {"Length", "ExtAudioFileGetProperty #frm", -50, 0,
+     kGetProperty + "FileLengthFrames) failed.(0xFFFFFFFFFFFFFFCE)\n", kBoth},
+    {"LengthSize", "ExtAudioFileGetProperty #frm", noErr, 4,
+     kGetProperty + "FileLengthFrames) failed.(0x0)\n", kBoth},
+    {"Format", "ExtAudioFileGetProperty ffmt", 7, 0,
+     kGetProperty + "FileDataFormat) failed.(0x7)\n", kBoth},
+    {"FormatSize", "ExtAudioFileGetProperty ffmt", noErr, 36,
+     kGetProperty + "FileDataFormat) failed.(0x0)\n", kBoth},
+    {"ClientFormat", "ExtAudioFileSetProperty cfmt", -50, 0,
+     "ExtAudioFileSetProperty (kExtAudioFileProperty_ClientDataFormat) failed."
+     "(0xFFFFFFFFFFFFFFCE)\n",
+     kBoth},
+};
+INSTANTIATE_TEST_SUITE_P(Calls, FailedOpen, ::testing::ValuesIn(kFatalAnswers), nameOf);
+
+class MissingGaplessCounts : public BadAnswerTest {};
+
+TEST_P(MissingGaplessCounts, AreNotAFailure) {
+    platform().frames = 441'000;
+    platform().fileProperties["pnfo"] = bytesOf(AudioFilePacketTableInfo{900, 60, 40});
+    const auto decoder = openDecoder();
+    EXPECT_EQ(joined(platform().log), GetParam().log);
+    EXPECT_EQ(decoder->getPrimingFrames(), 0);
+    EXPECT_EQ(decoder->getRemainderFrames(), 0);
+    EXPECT_EQ(decoder->getDuration(), 10'000'000'000U);
+}
+
+const std::string kGetFile =
+    "ExtAudioFileGetProperty(file_ref_, kExtAudioFileProperty_AudioFile) failed.";
+
+const BadAnswer kHarmlessAnswers[] = {
+    {"File", "ExtAudioFileGetProperty afil", -50, 0, kGetFile + "(0xFFFFFFFFFFFFFFCE)\n"},
+    {"FileSize", "ExtAudioFileGetProperty afil", noErr, 4, kGetFile + "(0x0)\n"},
+    {"Table", "AudioFileGetProperty pnfo", kStatusUnknownProperty, 0, ""},
+    {"TableSize", "AudioFileGetProperty pnfo", noErr, 12, ""},
+};
+INSTANTIATE_TEST_SUITE_P(Calls, MissingGaplessCounts, ::testing::ValuesIn(kHarmlessAnswers),
+                         nameOf);
+
+TEST_F(WavDecoderTest, OpenIsRefusedWhileAReaderIsSet) {
+    const auto decoder = openDecoder();
+    EXPECT_EQ(decoder->openByPath(path, nullptr), DECODER_RESULT_FAILED);
+    EXPECT_EQ(deliver(*decoder, 2), Delivery(DECODER_RESULT_OK, 2, room(2, 0, 1)));
+    decoder->close();
+    EXPECT_EQ(decoder->openByPath(path, nullptr), DECODER_RESULT_FAILED);
+
+    platform().failures["ExtAudioFileGetProperty #frm"] = {-50};
+    AudioToolboxWavDecoder failed;
+    failed.openByPath(path, nullptr);
+    platform().log.resize(2);
+    EXPECT_EQ(failed.openByPath(path, nullptr), DECODER_RESULT_FAILED);
+    failed.close();
+    EXPECT_EQ(platform().log, Lines(3, "Already Opened."));
+}
+
+TEST_F(WavDecoderTest, NewOpenClosesTheFileThatAFailedOneLeft) {
+    platform().failures["ExtAudioFileWrapAudioFileID"] = {-50};
+    AudioToolboxWavDecoder decoder;
+    decoder.openByPath(path, nullptr);
+    platform().failures["AudioFileOpenURL"] = {-43};
+    decoder.openByPath(path, nullptr);
+    EXPECT_EQ(platform().live(), Lines{});
+    platform().failures.clear();
+    EXPECT_EQ(decoder.openByPath(path, nullptr), DECODER_RESULT_OK);
+    EXPECT_EQ(platform().live(), (Lines{"file 2", "reader 1"}));
+    decoder.close();
+}
+
+TEST_F(WavDecoderTest, OpenAfterAFailedOneWasClosedClosesNothingTwice) {
+    platform().failures["ExtAudioFileWrapAudioFileID"] = {-50};
+    AudioToolboxWavDecoder decoder;
+    decoder.openByPath(path, nullptr);
+    decoder.close();
+    platform().failures.clear();
+    EXPECT_EQ(decoder.openByPath(path, nullptr), DECODER_RESULT_OK);
+}
+
+TEST_F(WavDecoderTest, DestructorClosesAnOpenDecoder) {
+    openDecoder().reset();
+    EXPECT_EQ(platform().calls, (Lines{"ExtAudioFileDispose reader 1", "AudioFileClose file 1"}));
+}
+
+// A decoder that never opened or is closed asks the platform for nothing.
+void expectNotOpen(AudioToolboxWavDecoder& decoder) {
+    platform().calls.clear();
+    EXPECT_EQ(deliver(decoder, 8), Delivery(-26275, 0, room(8, 0, 0)));
+    EXPECT_EQ(decoder.seek(0), -25291);
+    EXPECT_FALSE(decoder.setSamplingRate(48000));
+    EXPECT_FALSE(decoder.setChannels(1));
+    EXPECT_TRUE(decoder.setBits(32));
+    EXPECT_EQ(decoder.getMetaData(), nullptr);
+    EXPECT_EQ(decoder.getBits(), 32);
+    EXPECT_EQ(decoder.getFormat(), 0x6C70636D);
+    EXPECT_EQ(platform().calls, Lines{});
+    EXPECT_EQ(platform().log, Lines{});
+}
+
+TEST_F(WavDecoderTest, NotOpenYet) {
+    AudioToolboxWavDecoder decoder;
+    expectNotOpen(decoder);
+    EXPECT_EQ(decoder.getDuration(), 0U);
+    EXPECT_EQ(decoder.getSamplingRate(), 0);
+    EXPECT_EQ(decoder.getPreferredBufferSize(), 0U);
+    EXPECT_EQ(decoder.getBitRate(), 0);
+    decoder.close();
+    expectNotOpen(decoder);
+}
+
+TEST_F(WavDecoderTest, ClosedKeepsWhatTheFileWas) {
+    const auto decoder = openDecoder();
+    deliver(*decoder, 88'200);
+    decoder->close();
+    decoder->close();
+    expectNotOpen(*decoder);
+    EXPECT_EQ(decoder->getTimestamp(), 999'999'936U);
+    EXPECT_EQ(decoder->getChannels(), 2);
+    EXPECT_EQ(decoder->getBitRate(), 176'400);
+}
+
+}  // namespace
+}  // namespace atdp

@@ -1,0 +1,249 @@
+#include "tests/support/scripted_platform.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <deque>
+#include <optional>
+#include <sstream>
+
+#include "platform/app_kit.h"
+#include "platform/log.h"
+
+double NSAppKitVersionNumber = 1138.0;
+
+namespace scripted {
+namespace {
+
+// What a handle stands for. Objects stay after their release, so that no address comes twice.
+struct Object {
+    std::string name;
+    std::string text;  // what %@ shows
+    bool live = true;
+    Object* file = nullptr;  // of a reader
+    std::int64_t position = 0;
+    std::uint32_t channels = 0;
+};
+
+struct State {
+    Platform platform;
+    std::deque<Object> objects;
+    std::map<std::string, int> made;  // by kind
+};
+
+std::optional<State> state(std::in_place);
+
+Object* make(const std::string& kind) {
+    const std::string name = kind + " " + std::to_string(++state->made[kind]);
+    return &state->objects.emplace_back(Object{.name = name, .text = name});
+}
+
+Object* find(const void* handle) {
+    const auto found = std::find_if(state->objects.begin(), state->objects.end(),
+                                    [handle](const Object& object) { return &object == handle; });
+    return found == state->objects.end() ? nullptr : &*found;
+}
+
+template <class... Words>
+std::string line(const std::string& first, const Words&... others) {
+    std::ostringstream out;
+    out << first;
+    ((out << ' ' << others), ...);
+    return out.str();
+}
+
+std::string codeText(std::uint32_t code) {
+    const std::uint32_t shifts[] = {24, 16, 8, 0};
+    std::string text;
+    for (const std::uint32_t shift : shifts) text += static_cast<char>(code >> shift & 0xFF);
+    return text;
+}
+
+// Writes a call down; its status comes from the script.
+template <class... Arguments>
+OSStatus record(const std::string& call, const Arguments&... arguments) {
+    platform().calls.push_back(line(call, arguments...));
+    const auto failure = platform().failures.find(call);
+    if (failure == platform().failures.end() || failure->second.callsBefore-- > 0) return noErr;
+    return failure->second.status;
+}
+
+// The same for a call on an object, which must be there.
+template <class... Arguments>
+OSStatus recordOn(const void* handle, const std::string& call, const Arguments&... arguments) {
+    const Object* object = find(handle);
+    const OSStatus status = record(call, object ? object->name : "nothing", arguments...);
+    if (object != nullptr && object->live) return status;
+    platform().faults.push_back(platform().calls.back());
+    return kStatusInvalidParameter;
+}
+
+OSStatus release(const void* handle, const std::string& call) {
+    const OSStatus status = recordOn(handle, call);
+    if (Object* object = find(handle)) object->live = false;
+    return status;
+}
+
+OSStatus answer(const std::string& call, const Bytes& value, std::uint32_t* dataBytes, void* data) {
+    std::memcpy(data, value.data(), std::min<std::size_t>(*dataBytes, value.size()));
+    const auto size = platform().returnedSize.find(call);
+    *dataBytes = size == platform().returnedSize.end() ? static_cast<std::uint32_t>(value.size())
+                                                       : size->second;
+    return noErr;
+}
+
+}  // namespace
+
+Platform& platform() {
+    return state->platform;
+}
+
+void resetPlatform() {
+    state.emplace();
+}
+
+Lines Platform::live() const {
+    Lines names;
+    for (const Object& object : state->objects)
+        if (object.live) names.push_back(object.name);
+    return names;
+}
+
+float sampleAt(std::int64_t frame, std::uint32_t channel) {
+    return static_cast<float>(frame * 8 + channel);
+}
+
+}  // namespace scripted
+
+using namespace scripted;
+
+CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, const std::uint8_t* buffer,
+                                                 long length, bool isDirectory) {
+    const std::string path(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(length));
+    if (record("CFURLCreateFromFileSystemRepresentation", path, isDirectory) != noErr)
+        return nullptr;
+    Object* url = make("url");
+    url->text = "file://" + path;
+    return reinterpret_cast<CFURLRef>(url);
+}
+
+void CFRelease(CFTypeRef object) {
+    release(object, "CFRelease");
+}
+
+OSStatus AudioFileOpenURL(CFURLRef url, std::int8_t permissions, std::uint32_t fileTypeHint,
+                          AudioFileID* file) {
+    const OSStatus status = recordOn(url, "AudioFileOpenURL", int{permissions}, fileTypeHint);
+    if (status == noErr) *file = reinterpret_cast<AudioFileID>(make("file"));
+    return status;
+}
+
+OSStatus AudioFileClose(AudioFileID file) {
+    return release(file, "AudioFileClose");
+}
+
+OSStatus AudioFileGetProperty(AudioFileID file, std::uint32_t property, std::uint32_t* dataBytes,
+                              void* data) {
+    const std::string call = "AudioFileGetProperty " + codeText(property);
+    const OSStatus status = recordOn(file, call, *dataBytes);
+    if (status != noErr) return status;
+    const auto value = platform().fileProperties.find(codeText(property));
+    if (value == platform().fileProperties.end()) return kStatusUnknownProperty;
+    return answer(call, value->second, dataBytes, data);
+}
+
+OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* reader) {
+    const OSStatus status = recordOn(url, "ExtAudioFileOpenURL");
+    if (status == noErr) *reader = reinterpret_cast<ExtAudioFileRef>(make("reader"));
+    return status;
+}
+
+OSStatus ExtAudioFileWrapAudioFileID(AudioFileID file, bool forWriting, ExtAudioFileRef* reader) {
+    const OSStatus status = recordOn(file, "ExtAudioFileWrapAudioFileID", forWriting);
+    if (status != noErr) return status;
+    Object* made = make("reader");
+    made->file = find(file);
+    *reader = reinterpret_cast<ExtAudioFileRef>(made);
+    return noErr;
+}
+
+OSStatus ExtAudioFileDispose(ExtAudioFileRef reader) {
+    return release(reader, "ExtAudioFileDispose");
+}
+
+OSStatus ExtAudioFileGetProperty(ExtAudioFileRef reader, std::uint32_t property,
+                                 std::uint32_t* dataBytes, void* data) {
+    const std::string call = "ExtAudioFileGetProperty " + codeText(property);
+    const OSStatus status = recordOn(reader, call, *dataBytes);
+    if (status != noErr) return status;
+    switch (property) {
+        case kExtAudioFileProperty_FileLengthFrames:
+            return answer(call, bytesOf(platform().frames), dataBytes, data);
+        case kExtAudioFileProperty_AudioFile:
+            return answer(call, bytesOf(find(reader)->file), dataBytes, data);
+        case kExtAudioFileProperty_FileDataFormat:
+            return answer(call, bytesOf(platform().format), dataBytes, data);
+        default:
+            return kStatusUnknownProperty;
+    }
+}
+
+OSStatus ExtAudioFileSetProperty(ExtAudioFileRef reader, std::uint32_t property,
+                                 std::uint32_t dataBytes, const void* data) {
+    AudioStreamBasicDescription format{};
+    std::memcpy(&format, data, std::min<std::size_t>(dataBytes, sizeof(format)));
+    const OSStatus status =
+        recordOn(reader, "ExtAudioFileSetProperty " + codeText(property), dataBytes,
+                 format.mSampleRate, codeText(format.mFormatID), format.mFormatFlags,
+                 format.mBytesPerPacket, format.mFramesPerPacket, format.mBytesPerFrame,
+                 format.mChannelsPerFrame, format.mBitsPerChannel, format.mReserved);
+    if (status == noErr) find(reader)->channels = format.mChannelsPerFrame;
+    return status;
+}
+
+OSStatus ExtAudioFileRead(ExtAudioFileRef reader, std::uint32_t* frames, AudioBufferList* list) {
+    const AudioBuffer buffer = list == nullptr ? AudioBuffer{} : list->mBuffers[0];
+    const OSStatus status =
+        recordOn(reader, "ExtAudioFileRead", *frames, list == nullptr ? 0 : list->mNumberBuffers,
+                 buffer.mNumberChannels, buffer.mDataByteSize);
+    if (status != noErr) return status;
+    if (buffer.mData == nullptr) return kStatusInvalidParameter;
+    Object& source = *find(reader);
+    const std::uint32_t frameBytes = 4 * source.channels;
+    const std::int64_t left = std::max<std::int64_t>(platform().frames - source.position, 0);
+    const std::int64_t count =
+        std::min({std::int64_t{*frames}, std::int64_t{buffer.mDataByteSize / frameBytes}, left});
+    auto* sample = static_cast<float*>(buffer.mData);
+    for (std::int64_t frame = 0; frame < count; ++frame)
+        for (std::uint32_t channel = 0; channel < source.channels; ++channel)
+            *sample++ = sampleAt(source.position + frame, channel);
+    *frames = static_cast<std::uint32_t>(count);
+    source.position += count;
+    if (count > 0) list->mBuffers[0].mDataByteSize = *frames * frameBytes;
+    return noErr;
+}
+
+OSStatus ExtAudioFileSeek(ExtAudioFileRef reader, std::int64_t frame) {
+    const OSStatus status = recordOn(reader, "ExtAudioFileSeek", frame);
+    if (status == noErr) find(reader)->position = frame;
+    return status;
+}
+
+void NSLogArguments(const char* format, std::initializer_list<LogArgument> arguments) {
+    std::string text;
+    auto argument = arguments.begin();
+    for (const char* at = format; *at != '\0';) {
+        const std::size_t length = *at == '%' ? std::strcspn(at, "@duxX") + 1 : 1;
+        const std::string piece(at, length);
+        at += length;
+        char number[32];
+        if (piece.size() == 1) {
+            text += piece;
+        } else if (piece == "%@") {
+            text += find(std::get<CFTypeRef>(*argument++))->text;
+        } else {
+            std::snprintf(number, sizeof(number), piece.c_str(), std::get<long>(*argument++));
+            text += number;
+        }
+    }
+    platform().log.push_back(text);
+}

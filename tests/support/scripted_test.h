@@ -1,0 +1,24 @@
+// The base of tests over the scripted platform.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "tests/support/scripted_platform.h"
+
+namespace scripted {
+
+// Starts with a fresh platform, and at the end finds no misused handle and nothing left open but
+// what the test expects.
+class ScriptedTest : public ::testing::Test {
+ protected:
+    ScriptedTest() { resetPlatform(); }
+
+    void TearDown() override {
+        EXPECT_EQ(platform().faults, Lines{});
+        EXPECT_EQ(platform().live(), leftOpen);
+    }
+
+    Lines leftOpen;
+};
+
+}  // namespace scripted
