@@ -1,0 +1,40 @@
+# What run, test and .ci/run share. Sourced, with the project's root as working directory.
+
+build_packages="g++ cmake make pkg-config libasound2-dev libcli11-dev nlohmann-json3-dev"
+test_packages="libgtest-dev python3 binutils ffmpeg sox"
+
+# Installs what is missing of the Debian packages given.
+install_packages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}\n' "$package" 2>/dev/null | grep -q 'ok installed' ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            echo "These Debian packages are missing: ${missing[*]}" >&2
+            echo "Install them as root (apt-get install ${missing[*]}) and start again." >&2
+            exit 1
+        fi
+        as_root=(sudo)
+    fi
+    echo "Installing ${missing[*]}" >&2
+    "${as_root[@]}" apt-get update -q >&2
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -q -y --no-install-recommends "${missing[@]}" >&2
+}
+
+# Configures and builds a preset; further arguments go to the configuration. Quiet unless it fails.
+build_preset() {
+    local preset=$1 log=build/$1.log
+    shift
+    mkdir -p build
+    echo "Building build/$preset" >&2
+    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset" -j "$(nproc)"; } \
+        >"$log" 2>&1; then
+        cat "$log" >&2
+        exit 1
+    fi
+}
