@@ -199,8 +199,11 @@ bool AudioToolboxWavDecoder::setChannels(std::int32_t channels) {
     if (!setClientDataFormat(format)) return false;
     channels_ = channels;
     desc_.mChannelsPerFrame = static_cast<std::uint32_t>(channels);
+    // What is buffered in the old format is decoded again in the new one.
+    if (abl_remain_frames_ > 0)
+        ExtAudioFileSeek(file_ref_, static_cast<std::int64_t>(current_frame_));
     clearBuffer();
-    createBufferWrapper();
+    createBufferWrapper();  // without a buffer, delivery fails as a read does
     return true;
 }
 
@@ -229,7 +232,8 @@ std::unique_ptr<MetadataList> AudioToolboxWavDecoder::getMetaData() {
 
 std::int32_t AudioToolboxWavDecoder::getNextSamples(float* samples, std::uint32_t* size) {
     const std::uint32_t channels = desc_.mChannelsPerFrame;
-    if (!opened_ || channels == 0) {
+    if (size == nullptr) return DECODER_RESULT_READ_FAILED;
+    if (!opened_ || channels == 0 || (samples == nullptr && *size > 0)) {
         *size = 0;
         return DECODER_RESULT_READ_FAILED;
     }
@@ -269,7 +273,7 @@ bool AudioToolboxWavDecoder::refillBuffer(std::int32_t* result) {
 }
 
 std::int32_t AudioToolboxWavDecoder::getDummySamples(float* samples, std::uint32_t* size) {
-    std::fill_n(samples, *size, 0.0F);
+    if (samples != nullptr && size != nullptr) std::fill_n(samples, *size, 0.0F);
     return DECODER_RESULT_OK;
 }
 

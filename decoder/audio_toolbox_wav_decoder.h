@@ -56,7 +56,7 @@ class AudioToolboxWavDecoder : public SeekableFileDecoder {
  protected:
     // Everything of opening but the buffer and the position. On failure what was obtained before
     // the failing step stays in file_id_ and file_ref_, for close to release.
-    std::int32_t openInternalByPath(const std::string& path, const Options* options);
+    virtual std::int32_t openInternalByPath(const std::string& path, const Options* options);
 
     // Gives the reader a client format; false, with a log line, leaves the one in force.
     bool setClientDataFormat(const AudioStreamBasicDescription& format);

@@ -37,9 +37,9 @@ class Codec {
     // What the open file says of itself; null when no file is open or memory runs out.
     virtual std::unique_ptr<MetadataList> getMetaData() = 0;
 
-    // Closes the file and frees what was held for it. The decoder cannot be opened again; make a
-    // new one for the next file. Also to be called after a failed open. A second close does
-    // nothing.
+    // Closes the file and frees what was held for it. After a successful open the decoder cannot
+    // be opened again; make a new one for the next file. Also to be called after a failed open. A
+    // second close does nothing.
     virtual void close() = 0;
 };
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/core_audio_types.h"
+#include "plugin/module.h"
 
 namespace atdp::host {
 namespace {

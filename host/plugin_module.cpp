@@ -6,7 +6,6 @@
 #include <type_traits>
 
 #include "host/failure.h"
-#include "platform/log.h"
 
 namespace atdp::host {
 namespace {

@@ -1,5 +1,5 @@
-// The few core-foundation objects that the plug-in handles: counted objects released once by
-// whoever created them.
+// The few core-foundation objects that the plug-in handles, each released once by whoever created
+// it.
 #pragma once
 
 #include <cstdint>

@@ -7,7 +7,10 @@
 #include <string_view>
 
 #include "decoder/protocols.h"
+#include "platform/app_kit.h"           // the release number
+#include "platform/core_audio_types.h"  // statuses, as the log shows them
 #include "platform/export.h"
+#include "platform/log.h"  // where the log goes
 
 extern "C" {
 ATDP_EXPORT extern const char* const PLUGIN_KEY_NAME;

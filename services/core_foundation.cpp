@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <new>
 #include <string>
+#include <system_error>
+#include <utility>
 
 #include "services/core_foundation_object.h"
 #include "services/edge.h"
@@ -21,7 +23,7 @@ class Url final : public CFObject {
     std::string description() const override {
         constexpr const char* kHexDigits = "0123456789ABCDEF";
         std::string text = "file://";
-        for (const char character : std::filesystem::absolute(path_).string()) {
+        for (const char character : absolutePath()) {
             const auto byte = static_cast<unsigned char>(character);
             if (byte != 0 && std::strchr(kUnescaped, character) != nullptr) {
                 text += character;
@@ -35,6 +37,13 @@ class Url final : public CFObject {
     }
 
  private:
+    // The path as it is where the working directory is gone.
+    std::string absolutePath() const {
+        std::error_code error;
+        const std::string absolute = std::filesystem::absolute(path_, error).string();
+        return error ? path_ : absolute;
+    }
+
     static constexpr const char* kUnescaped =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
     std::string path_;

@@ -62,7 +62,7 @@ class HandleTable {
         return true;
     }
 
-    // Releases every handle and all memory.
+    // Releases every handle and all memory. Not while other threads use the table.
     void clear() {
         const std::lock_guard lock(mutex_);
         for (std::size_t block = 0; block < usedBlocks_; ++block) {
@@ -78,7 +78,8 @@ class HandleTable {
         std::atomic<std::uint32_t> generation{0};
         std::shared_ptr<Object> object;
     };
-    // Block k holds 64 x 2^k slots. Blocks are never moved or freed, so lookups need no lock.
+    // Block k holds 64 x 2^k slots. Blocks stay where they are until clear(), so lookups need no
+    // lock.
     static constexpr std::uint32_t kFirstBlockSlots = 64;
     static constexpr std::size_t kBlocks = 22;
 

@@ -3,11 +3,13 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace atdp::services {
 namespace {
 
 static_assert(std::endian::native == std::endian::little);
+static_assert(std::numeric_limits<float>::is_iec559);  // a double beyond float's range is infinity
 
 std::uint16_t swapped(std::uint16_t value) {
     return __builtin_bswap16(value);

@@ -68,11 +68,13 @@ Result<ByteRange> readSound(ByteSource& source, const Chunk& chunk) {
     return ByteRange{chunk.body.offset + skipped, chunk.body.bytes - skipped};
 }
 
-// A writer that could not go back leaves the sound chunk's size 0 or all ones, as in WAVE.
-bool isStreamed(const ByteSource& source, const Chunk& chunk, std::uint32_t formBytes) {
-    if (chunk.statedBytes == 0xFFFF'FFFF) return true;
+// A writer that could not go back leaves the sound chunk's size 0 or all ones, and the form's size
+// too; the sound then runs to the end of the file.
+bool isStreamed(const Chunk& chunk, std::uint32_t formBytes) {
+    constexpr std::uint32_t kUnknownSize = 0xFFFF'FFFF;
+    if (chunk.statedBytes == kUnknownSize) return true;
     return chunk.statedBytes <= kSoundHeaderBytes &&
-           std::uint64_t{formBytes} + 8 != source.sizeBytes();
+           (formBytes == kUnknownSize || std::uint64_t{formBytes} + 8 <= chunk.body.offset);
 }
 
 Result<AiffChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bool compressed) {
@@ -88,7 +90,7 @@ Result<AiffChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bo
             if (!common) return common.failure();
             chunks.common = *common;
         } else if (chunk.identifier == fourCharCode("SSND") && !chunks.sound) {
-            if (isStreamed(source, chunk, formBytes)) walk.resize(chunk, source.sizeBytes());
+            if (isStreamed(chunk, formBytes)) walk.resize(chunk, source.sizeBytes());
             const auto sound = readSound(source, chunk);
             if (!sound) return sound.failure();
             chunks.sound = *sound;

@@ -25,11 +25,19 @@ Result<std::optional<Chunk>> ChunkWalk::next() {
     if (last_) offset_ = last_->body.end() + (isPadded(*last_) ? 1 : 0);
     last_.reset();
 
-    std::array<std::byte, kHeaderBytes> header;
-    const auto got = source_.readAt(offset_, header);
-    if (!got) return got.failure();
-    if (*got < header.size() || chunks_ == kMaxChunks) return std::optional<Chunk>();
+    if (chunks_ == kMaxChunks) return std::optional<Chunk>();
     ++chunks_;
+    const auto chunk = readHeader(offset_);
+    if (chunk) last_ = *chunk;
+    return chunk;
+}
+
+// The chunk that starts at `offset`, or none.
+Result<std::optional<Chunk>> ChunkWalk::readHeader(std::uint64_t offset) {
+    std::array<std::byte, kHeaderBytes> header;
+    const auto got = source_.readAt(offset, header);
+    if (!got) return got.failure();
+    if (*got < header.size()) return std::optional<Chunk>();
 
     ByteCursor cursor(header);
     Chunk chunk;
@@ -38,9 +46,9 @@ Result<std::optional<Chunk>> ChunkWalk::next() {
     const std::uint32_t bytes = order_ == ByteOrder::kBigEndian
                                     ? cursor.bigEndian<std::uint32_t>()
                                     : cursor.littleEndian<std::uint32_t>();
-    chunk.body.offset = offset_ + kHeaderBytes;
-    resize(chunk, bytes);
-    return last_;
+    chunk.statedBytes = bytes;
+    chunk.body = clampedTo(source_.sizeBytes(), {offset + kHeaderBytes, bytes});
+    return std::optional<Chunk>(chunk);
 }
 
 void ChunkWalk::resize(Chunk& chunk, std::uint64_t bytes) {
@@ -49,12 +57,12 @@ void ChunkWalk::resize(Chunk& chunk, std::uint64_t bytes) {
     last_ = chunk;
 }
 
-// Some writers forget the pad byte. It is 0 where it was written, and no identifier starts with 0.
+// Some writers forget the pad byte. The next chunk then follows at once: an identifier, and a size
+// that fits the file.
 bool ChunkWalk::isPadded(const Chunk& chunk) {
     if (chunk.body.bytes % 2 == 0) return false;
-    std::array<std::byte, 1> pad{};
-    const auto got = source_.readAt(chunk.body.end(), pad);
-    return got && pad[0] == std::byte{0};
+    const auto next = readHeader(chunk.body.end());
+    return !next || !*next || (*next)->body.bytes < (*next)->statedBytes;
 }
 
 }  // namespace atdp::services

@@ -33,6 +33,7 @@ class ChunkWalk {
     void resize(Chunk& chunk, std::uint64_t bytes);
 
  private:
+    Result<std::optional<Chunk>> readHeader(std::uint64_t offset);
     bool isPadded(const Chunk& chunk);
 
     ByteSource& source_;

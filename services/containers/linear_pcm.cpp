@@ -5,11 +5,6 @@
 namespace atdp::services {
 namespace {
 
-bool isDecodedSampleSize(const LinearPcm& pcm) {
-    if (pcm.isFloat) return pcm.bytesPerSample == 4 || pcm.bytesPerSample == 8;
-    return pcm.bytesPerSample <= 4 && (pcm.isSigned || pcm.bytesPerSample == 1);
-}
-
 std::uint32_t formatFlags(const LinearPcm& pcm) {
     std::uint32_t flags = pcm.bitsPerChannel == 8 * pcm.bytesPerSample
                               ? kAudioFormatFlagIsPacked
@@ -36,7 +31,6 @@ Result<SoundDescription> describeLinearPcm(std::uint32_t fileType, const LinearP
     if (pcm.bitsPerChannel == 0 || pcm.bytesPerSample == 0 || pcm.bytesPerSample > 8 ||
         pcm.bitsPerChannel > 8 * pcm.bytesPerSample)
         return Failure::kDamaged;
-    if (!isDecodedSampleSize(pcm)) return Failure::kUnsupportedFormat;
 
     const std::uint32_t bytesPerFrame = pcm.bytesPerSample * pcm.channels;
     SoundDescription sound;

@@ -23,7 +23,7 @@ bool isPlausible(double rate, std::uint32_t channels);
 
 // The description of `data` as linear PCM. Samples narrower than their container are aligned to
 // its high end. A frame that `data` cuts short is dropped. kDamaged where the numbers contradict
-// each other or are out of bounds, kUnsupportedFormat for sample sizes that are not decoded.
+// each other or are out of bounds.
 Result<SoundDescription> describeLinearPcm(std::uint32_t fileType, const LinearPcm& pcm,
                                            ByteRange data);
 

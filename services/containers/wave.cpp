@@ -50,6 +50,25 @@ bool isLargeForm(std::uint32_t form) {
     return form == fourCharCode("RF64") || form == fourCharCode("BW64");
 }
 
+// The tag that a sub-format's identifier stands for: it starts with the tag, and ends in the bytes
+// of all Microsoft formats or of the ambisonic ones. Foreign identifiers give the extensible tag.
+std::uint16_t tagOfSubFormat(Bytes identifier) {
+    constexpr std::array<unsigned char, 12> kMicrosoft = {0x00, 0x00, 0x10, 0x00, 0x80, 0x00,
+                                                          0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
+    constexpr std::array<unsigned char, 12> kAmbisonic = {0x21, 0x07, 0xD3, 0x11, 0x86, 0x44,
+                                                          0xC8, 0xC1, 0xCA, 0x00, 0x00, 0x00};
+    ByteCursor cursor(identifier);
+    const auto tag = cursor.littleEndian<std::uint16_t>();
+    const auto zero = cursor.littleEndian<std::uint16_t>();
+    const Bytes tail = cursor.take(kMicrosoft.size());
+    const auto endsIn = [tail](const auto& known) {
+        return std::equal(tail.begin(), tail.end(), std::as_bytes(std::span(known)).begin());
+    };
+    const bool isKnown =
+        !cursor.failed() && zero == 0 && (endsIn(kMicrosoft) || endsIn(kAmbisonic));
+    return isKnown ? tag : kTagExtensible;
+}
+
 std::optional<WaveFormat> parseFormat(Bytes body) {
     ByteCursor cursor(body);
     WaveFormat format;
@@ -64,9 +83,8 @@ std::optional<WaveFormat> parseFormat(Bytes body) {
         cursor.skip(2);  // bytes that follow
         const auto validBits = cursor.littleEndian<std::uint16_t>();
         if (validBits != 0) format.validBits = validBits;
-        cursor.skip(4);                                     // channel mask
-        format.tag = cursor.littleEndian<std::uint16_t>();  // the sub-format starts with the tag
-        cursor.skip(14);
+        cursor.skip(4);  // channel mask
+        format.tag = tagOfSubFormat(cursor.take(16));
     }
     if (cursor.failed()) return std::nullopt;
     return format;
@@ -93,16 +111,15 @@ Result<LargeSizes> readLargeSizes(ByteSource& source, const Chunk& chunk) {
 
 // The size of the data chunk. A writer that cannot go back, such as a pipe's, leaves it 0 or all
 // ones; the sound then runs to the end of the file. A size of 0 is true where the form's own size
-// was filled in.
+// was filled in, and so covers more than the chunks before the data.
 std::uint64_t dataBytes(const Chunk& chunk, std::uint64_t formBytes,
-                        const std::optional<LargeSizes>& largeSizes, std::uint64_t fileBytes) {
+                        const std::optional<LargeSizes>& largeSizes) {
     std::uint64_t bytes = chunk.statedBytes;
-    if (bytes == kUnknownSize) {
-        if (!largeSizes) return kToTheEnd;
-        bytes = largeSizes->dataBytes;
-        formBytes = largeSizes->formBytes;
-    }
-    return bytes == 0 && formBytes != fileBytes - 8 ? kToTheEnd : bytes;
+    if (largeSizes && bytes == kUnknownSize) bytes = largeSizes->dataBytes;
+    if (largeSizes && formBytes == kUnknownSize) formBytes = largeSizes->formBytes;
+    const bool formIsOpen =
+        formBytes == kUnknownSize || formBytes == kToTheEnd || formBytes + 8 <= chunk.body.offset;
+    return bytes == kUnknownSize || (bytes == 0 && formIsOpen) ? kToTheEnd : bytes;
 }
 
 Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bool largeForm) {
@@ -123,7 +140,7 @@ Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bo
             if (!format) return format.failure();
             chunks.format = *format;
         } else if (chunk.identifier == fourCharCode("data") && !chunks.data) {
-            walk.resize(chunk, dataBytes(chunk, formBytes, largeSizes, source.sizeBytes()));
+            walk.resize(chunk, dataBytes(chunk, formBytes, largeSizes));
             chunks.data = chunk.body;
         }
     }
@@ -145,7 +162,9 @@ Result<SoundDescription> describePcm(std::uint32_t fileType, const WaveFormat& f
     pcm.isFloat = format.tag == kTagFloat;
     pcm.isSigned = pcm.bytesPerSample > 1;  // 8 bits are unsigned in WAVE
     pcm.bitsPerChannel = pcm.isFloat ? format.containerBits : format.validBits;
-    if (!agree(format.containerBits, pcm.bytesPerSample)) return Failure::kDamaged;
+    if (!agree(format.containerBits, pcm.bytesPerSample) ||
+        (pcm.isFloat && format.containerBits != 8 * pcm.bytesPerSample))
+        return Failure::kDamaged;
     return describeLinearPcm(fileType, pcm, data);
 }
 

@@ -11,11 +11,16 @@ bool isPackedNativeFloat(const AudioStreamBasicDescription& format) {
            format.mBitsPerChannel == 32;
 }
 
+// Hosts know rates in single precision.
+bool isSameRate(double rate, double fileRate) {
+    return static_cast<float>(rate) == static_cast<float>(fileRate);
+}
+
 }  // namespace
 
 OSStatus ConvertingReader::setClientFormat(const AudioStreamBasicDescription& format) {
     const AudioStreamBasicDescription& fileFormat = file_->description().format;
-    if (!isPackedNativeFloat(format) || format.mSampleRate != fileFormat.mSampleRate ||
+    if (!isPackedNativeFloat(format) || !isSameRate(format.mSampleRate, fileFormat.mSampleRate) ||
         format.mChannelsPerFrame != fileFormat.mChannelsPerFrame)
         return kStatusUnsupportedFormat;
     if (!frames_) {

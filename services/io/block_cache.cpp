@@ -10,6 +10,7 @@ Result<std::size_t> BlockCache::readAt(std::uint64_t offset, std::span<std::byte
     const bool held =
         offset >= held_.offset && offset <= held_.end() && out.size() <= held_.end() - offset;
     if (!held) {
+        held_ = {};
         const auto got = source_.readAt(offset, block_);
         if (!got) return got;
         held_ = {offset, *got};

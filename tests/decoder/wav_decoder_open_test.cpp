@@ -185,7 +185,11 @@ TEST_F(WavDecoderTest, NotOpenYet) {
     AudioToolboxWavDecoder decoder;
     expectNotOpen(decoder);
     EXPECT_EQ(decoder.getDuration(), 0U);
+    EXPECT_EQ(decoder.getTimestamp(), 0U);
     EXPECT_EQ(decoder.getSamplingRate(), 0);
+    EXPECT_EQ(decoder.getChannels(), 0);
+    EXPECT_EQ(decoder.getPrimingFrames(), 0);
+    EXPECT_EQ(decoder.getRemainderFrames(), 0);
     EXPECT_EQ(decoder.getPreferredBufferSize(), 0U);
     EXPECT_EQ(decoder.getBitRate(), 0);
     decoder.close();

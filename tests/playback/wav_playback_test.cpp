@@ -126,6 +126,7 @@ TEST_F(WavPlayback, EndsInAnErrorWhenTheFileShrinks) {
 TEST_F(WavPlayback, NamesTheStatusOfWhatCannotBeOpened) {
     const TemporaryFile text("no sound in here"), empty("");
     const TemporaryFile damaged(numberedFrames().bytes().substr(0, 30));
+    const TemporaryFile tooWide(WaveBuilder{.bits = 64, .data = "12345678"}.bytes());
     const TemporaryFile notForUs(WaveBuilder{.tag = 0x11, .bits = 4, .data = "...."}.bytes());
     const struct {
         std::string path, line;
@@ -136,6 +137,8 @@ TEST_F(WavPlayback, NamesTheStatusOfWhatCannotBeOpened) {
         {text.path(), "AudioFileOpenURL failed.(1954115647)"},
         {empty.path(), "AudioFileOpenURL failed.(1954115647)"},
         {damaged.path(), "AudioFileOpenURL failed.(1685348671)"},
+        {tooWide.path(),
+         "ExtAudioFileSetProperty (kExtAudioFileProperty_ClientDataFormat) failed.(0x666D743F)"},
         {notForUs.path(),
          "ExtAudioFileSetProperty (kExtAudioFileProperty_ClientDataFormat) failed.(0x666D743F)"},
         {"", "CFURLCreateFromFileSystemRepresentation failed."},

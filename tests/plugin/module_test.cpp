@@ -37,8 +37,7 @@ class ModuleTest : public ::testing::Test {
     void SetUp() override {
         module_ = dlopen(ATDP_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(module_, nullptr) << dlerror();
-        entry_ = reinterpret_cast<ModuleEntry>(
-            dlsym(module_, "AudioToolboxDecoderPluginPrincipalClass"));
+        entry_ = reinterpret_cast<ModuleEntry>(dlsym(module_, kModuleEntryName));
         ASSERT_NE(entry_, nullptr);
         principal_ = entry_(1);
         ASSERT_NE(principal_, nullptr);
