@@ -44,7 +44,7 @@ std::string outputPathFor(const DecodeOptions& options) {
     return stem.string() + (options.raw ? ".raw" : ".wav");
 }
 
-void checkOutputPath(const std::string& outputPath, const std::string& inputPath) {
+void checkOutputPath(const std::string& outputPath, const std::string& inputPath, bool isNamed) {
     if (outputPath == "-") {
         if (::isatty(STDOUT_FILENO) == 1)
             throw UsageError("standard output: will not write sound to a terminal");
@@ -54,6 +54,9 @@ void checkOutputPath(const std::string& outputPath, const std::string& inputPath
     if (std::filesystem::equivalent(outputPath, inputPath, ignored)) {
         throw UsageError(outputPath +
                          ": the output would replace the input (name another with -o)");
+    }
+    if (!isNamed && std::filesystem::exists(outputPath, ignored)) {
+        throw Failure(outputPath, "exists already (to replace it, name it with -o)");
     }
 }
 
@@ -114,7 +117,7 @@ void copyFrames(FrameReader& reader, SampleSink& sink, std::uint64_t mostFrames,
 int decode(PluginModule& module, const DecodeOptions& options) {
     catchStopSignals();
     const std::string outputPath = outputPathFor(options);
-    checkOutputPath(outputPath, options.path);
+    checkOutputPath(outputPath, options.path, !options.outputPath.empty());
     OpenedFile file = openFile(module, options.path);
     FrameReader reader(file, module.log(), options.requestFrames);
     const std::uint64_t fromFrame = framesIn(options.fromSeconds, reader.rate());

@@ -73,6 +73,8 @@ int run(int argc, char** argv) {
 }  // namespace atdp::host
 
 int main(int argc, char** argv) {
-    std::signal(SIGPIPE, SIG_IGN);  // writing to a closed pipe is an error like others
+    // Writing to a closed pipe, or past a limit of file size, is an error like others.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     return atdp::host::run(argc, argv);
 }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 
 #include "host/failure.h"
@@ -23,7 +24,10 @@ bool existsAsSpecialFile(const std::string& path) {
     return ::stat(path.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode);
 }
 
-mode_t modeOfNewFiles() {
+// That of the file to be replaced, else that of new files.
+mode_t modeFor(const std::string& path) {
+    struct stat facts;
+    if (::stat(path.c_str(), &facts) == 0) return facts.st_mode & 07777;
     const mode_t mask = ::umask(0);
     ::umask(mask);
     return 0666 & ~mask;
@@ -54,8 +58,17 @@ OutputFile::OutputFile(const std::string& path)
     start_ = replaceableStart(descriptor_.get());
 }
 
+// What was written before a failure still reaches a pipe or device.
 OutputFile::~OutputFile() {
-    if (!temporaryPath_.empty()) ::unlink(temporaryPath_.c_str());
+    if (!temporaryPath_.empty()) {
+        ::unlink(temporaryPath_.c_str());
+        return;
+    }
+    try {
+        flush();
+    } catch (const std::exception&) {
+        // The failure that ended the program has been told, or this is its echo.
+    }
 }
 
 void OutputFile::openTemporary() {
@@ -71,7 +84,7 @@ void OutputFile::openTemporary() {
     descriptor_ = Descriptor(::mkostemp(temporary.data(), O_CLOEXEC));
     if (descriptor_.get() < 0) return;
     temporaryPath_ = std::move(temporary);
-    ::fchmod(descriptor_.get(), modeOfNewFiles());  // refused where files have no modes
+    ::fchmod(descriptor_.get(), modeFor(finalPath_));  // refused where files have no modes
 }
 
 void OutputFile::write(std::span<const std::byte> bytes) {

@@ -29,16 +29,17 @@ void SoundDevice::open() {
 }
 
 bool SoundDevice::prepare(std::uint32_t rate, std::uint32_t channels) {
-    if (rate_ == rate && channels_ == channels) return true;
+    if (prepared_ && rate_ == rate && channels_ == channels) return true;
     if (!device_) open();
     drain();
     const int noResampling = 0;
     const int status =
         snd_pcm_set_params(device_.get(), SND_PCM_FORMAT_FLOAT, SND_PCM_ACCESS_RW_INTERLEAVED,
                            channels, rate, noResampling, kBufferMicroseconds);
-    rate_ = status < 0 ? 0 : rate;
+    prepared_ = status >= 0;
+    rate_ = rate;
     channels_ = channels;
-    return status >= 0;
+    return prepared_;
 }
 
 void SoundDevice::play(std::span<const float> samples) {
@@ -63,7 +64,7 @@ std::uint64_t SoundDevice::framesWaiting() {
 }
 
 void SoundDevice::drain() {
-    if (rate_ == 0) return;
+    if (!prepared_) return;
     int status = -EINTR;
     while (status == -EINTR) {
         checkForStop();

@@ -41,7 +41,8 @@ class SoundDevice {
         void operator()(snd_pcm_t* device) const { snd_pcm_close(device); }
     };
     std::unique_ptr<snd_pcm_t, Closer> device_;
-    std::uint32_t rate_ = 0;  // 0: not prepared
+    bool prepared_ = false;
+    std::uint32_t rate_ = 0;
     std::uint32_t channels_ = 0;
 };
 

@@ -18,7 +18,12 @@ void requestStop(int) {
 void catchStopSignals() {
     struct sigaction action = {};
     action.sa_handler = requestStop;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaction(number, &action, nullptr);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction inherited = {};
+        sigaction(number, nullptr, &inherited);
+        if (inherited.sa_handler == SIG_IGN) continue;  // as nohup wants it
+        sigaction(number, &action, nullptr);
+    }
 }
 
 void checkForStop() {

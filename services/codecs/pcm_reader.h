@@ -2,11 +2,10 @@
 
 #include <cstddef>
 #include <memory>
-#include <vector>
 
 #include "services/codecs/frame_reader.h"
 #include "services/codecs/pcm_conversion.h"
-#include "services/io/byte_source.h"
+#include "services/io/block_reader.h"
 
 namespace atdp::services {
 
@@ -21,16 +20,12 @@ class PcmReader final : public FrameReader {
     void seek(std::uint64_t frame) override;
 
  private:
-    bool fillBlock();
-
-    std::shared_ptr<ByteSource> source_;
+    BlockReader blocks_;
     ByteRange data_;
     std::uint32_t bytesPerFrame_;
     std::uint32_t channels_;
     PcmConversion conversion_;
-    std::vector<std::byte> block_;  // a whole number of frames
-    ByteRange held_;                // what block_ holds of the file
-    std::uint64_t position_;        // byte offset in the file of the next frame
+    std::uint64_t position_;  // byte offset in the file of the next frame
 };
 
 }  // namespace atdp::services

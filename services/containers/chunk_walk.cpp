@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kHeaderBytes = 8;
 
-// Identifiers are printable ASCII; anything else is not a chunk but what follows the last one.
+// Whether a code is one that chunks have: printable ASCII.
 bool isIdentifier(std::uint32_t code) {
     for (int shift = 24; shift >= 0; shift -= 8) {
         const std::uint32_t character = code >> shift & 0xFF;
@@ -42,7 +42,6 @@ Result<std::optional<Chunk>> ChunkWalk::readHeader(std::uint64_t offset) {
     ByteCursor cursor(header);
     Chunk chunk;
     chunk.identifier = cursor.bigEndian<std::uint32_t>();
-    if (!isIdentifier(chunk.identifier)) return std::optional<Chunk>();
     const std::uint32_t bytes = order_ == ByteOrder::kBigEndian
                                     ? cursor.bigEndian<std::uint32_t>()
                                     : cursor.littleEndian<std::uint32_t>();
@@ -62,7 +61,8 @@ void ChunkWalk::resize(Chunk& chunk, std::uint64_t bytes) {
 bool ChunkWalk::isPadded(const Chunk& chunk) {
     if (chunk.body.bytes % 2 == 0) return false;
     const auto next = readHeader(chunk.body.end());
-    return !next || !*next || (*next)->body.bytes < (*next)->statedBytes;
+    return !next || !*next || !isIdentifier((*next)->identifier) ||
+           (*next)->body.bytes < (*next)->statedBytes;
 }
 
 }  // namespace atdp::services

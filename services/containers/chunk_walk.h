@@ -25,8 +25,7 @@ class ChunkWalk {
     ChunkWalk(ByteSource& source, std::uint64_t offset, ByteOrder order)
         : source_(source), offset_(offset), order_(order) {}
 
-    // The next chunk, or none at the end of the file, at bytes that are no chunk, or after as many
-    // chunks as limits.h allows.
+    // The next chunk, or none at the end of the file, or after as many chunks as limits.h allows.
     Result<std::optional<Chunk>> next();
 
     // Makes the last chunk that next() gave longer or shorter, where its size stands elsewhere.

@@ -105,10 +105,23 @@ class Decode(InFolder):
         self.assertEqual((piped.stdout, piped.stderr), (b"0\n", b""))
         self.assertEqual([p.name for p in self.folder.iterdir()], ["t.wav"])
 
+    def test_frames_before_a_failure_reach_a_pipe(self):
+        path = self.sox("t.wav", "-b", "16", seconds=30)
+        with subprocess.Popen([ATDP, "decode", path, "--raw", "-o", "-"],
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            delivered = process.stdout.read(1)
+            with open(path, "r+b") as file:
+                file.truncate(44 + 700_000 * 4)
+            delivered += process.stdout.read()
+            self.assertIn(b"cannot be read", process.stderr.read())
+        self.assertEqual(process.returncode, 1)
+        self.assertEqual(len(delivered), 700_000 * 2 * FLOAT_BYTES)
+
     def test_default_output_is_a_wav_beside_the_caller(self):
         path = self.sox("t.aiff")
         self.assertEqual(atdp("decode", path, cwd=self.folder).returncode, 0)
         self.assertEqual(ffmpeg_samples(self.folder / "t.wav"), ffmpeg_samples(path))
+        self.assert_fails(atdp("decode", path, cwd=self.folder), "t.wav", "exists already")
 
 
 class Wrong(InFolder):

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "services/io/byte_cursor.h"
+#include "services/io/byte_source.h"
+
+namespace atdp::services {
+
+// Looks at a source through a block that it reads ahead, for readers that go forward in small
+// steps.
+class BlockReader {
+ public:
+    BlockReader(std::shared_ptr<ByteSource> source, std::size_t blockBytes)
+        : source_(std::move(source)), block_(blockBytes) {}
+
+    // The bytes from `offset` on, as many as are at hand but at least `leastBytes` (at most a
+    // block): fewer only at the end of the source. Valid until the next call.
+    Result<Bytes> at(std::uint64_t offset, std::size_t leastBytes) {
+        const bool held =
+            offset >= held_.offset && offset <= held_.end() && leastBytes <= held_.end() - offset;
+        if (!held) {
+            held_ = {};
+            const auto got = source_->readAt(offset, block_);
+            if (!got) return got.failure();
+            held_ = {offset, *got};
+        }
+        return Bytes(block_).subspan(offset - held_.offset, held_.end() - offset);
+    }
+
+ private:
+    std::shared_ptr<ByteSource> source_;
+    std::vector<std::byte> block_;
+    ByteRange held_;  // what block_ holds
+};
+
+}  // namespace atdp::services
