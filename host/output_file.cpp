@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <filesystem>
 
 #include "host/failure.h"
@@ -66,7 +65,7 @@ OutputFile::~OutputFile() {
     }
     try {
         flush();
-    } catch (const std::exception&) {
+    } catch (...) {
         // The failure that ended the program has been told, or this is its echo.
     }
 }
