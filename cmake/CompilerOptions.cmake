@@ -1,6 +1,9 @@
 # Flags that every target is built with.
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
                     -Wnon-virtual-dtor -Wno-missing-field-initializers -Wold-style-cast -Woverloaded-virtual)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    add_compile_options(-Wno-restrict)  # GCC 12 finds overlaps in std::string where there are none
+endif()
 if(ATDP_WARNINGS_AS_ERRORS)
     add_compile_options(-Werror)
 endif()

@@ -18,7 +18,11 @@ inline constexpr std::int8_t kAudioFileReadPermission = 1;
 // kStatusUnknownProperty.
 inline constexpr std::uint32_t kAudioFilePropertyFileFormat = fourCharCode("ffmt");  // uint32
 inline constexpr std::uint32_t kAudioFilePropertyPacketTableInfo =
-    fourCharCode("pnfo");  // AudioFilePacketTableInfo
+    fourCharCode("pnfo");  // AudioFilePacketTableInfo: what the reader cuts from this file
+inline constexpr std::uint32_t kAudioFilePropertyID3Tag =
+    fourCharCode("id3t");  // bytes: the ID3v2 tag at the start of an MPEG file
+inline constexpr std::uint32_t kAudioFilePropertyInfoDictionary =
+    fourCharCode("info");  // CFDictionaryRef, which the caller releases
 
 // Opens the file for reading (`permissions` must be kAudioFileReadPermission). Its content alone
 // decides what it is; the type hint is not used. On success `*file` is a handle that the caller
@@ -31,3 +35,8 @@ OSStatus AudioFileClose(AudioFileID file);
 // and on return the bytes written.
 OSStatus AudioFileGetProperty(AudioFileID file, std::uint32_t property, std::uint32_t* dataBytes,
                               void* data);
+
+// The size of a property in bytes, and whether it can be set, which none can. Both pointers may be
+// null.
+OSStatus AudioFileGetPropertyInfo(AudioFileID file, std::uint32_t property,
+                                  std::uint32_t* dataBytes, std::uint32_t* isWritable);

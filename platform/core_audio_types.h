@@ -19,6 +19,9 @@ inline constexpr std::uint32_t kAudioFileWAVEType = fourCharCode("WAVE");
 inline constexpr std::uint32_t kAudioFileRF64Type = fourCharCode("RF64");
 inline constexpr std::uint32_t kAudioFileAIFFType = fourCharCode("AIFF");
 inline constexpr std::uint32_t kAudioFileAIFCType = fourCharCode("AIFC");
+inline constexpr std::uint32_t kAudioFileMP1Type = fourCharCode("MPG1");
+inline constexpr std::uint32_t kAudioFileMP2Type = fourCharCode("MPG2");
+inline constexpr std::uint32_t kAudioFileMP3Type = fourCharCode("MPG3");
 
 // Values of mFormatID.
 inline constexpr std::uint32_t kAudioFormatLinearPCM = fourCharCode("lpcm");

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <string_view>
 
 struct OpaqueCFURL;
 using CFTypeRef = const void*;  // any object of this header
@@ -18,7 +20,20 @@ CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator,
                                                  const std::uint8_t* buffer, long length,
                                                  bool isDirectory);
 
-// Releases an object that a Create call of this header returned; it must not be null.
+// A dictionary from text to objects: text, or further dictionaries.
+struct OpaqueCFDictionary;
+using CFDictionaryRef = const OpaqueCFDictionary*;
+
+// Looks a key up. On true `*value` is an object that lives as long as the dictionary does.
+bool CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, std::string_view key,
+                                   CFTypeRef* value);
+
+// What an object holds, where it is text (UTF-8) or a dictionary; null where it is not. Both live
+// as long as the object does.
+const std::string* textOf(CFTypeRef object);
+CFDictionaryRef dictionaryOf(CFTypeRef object);
+
+// Releases an object that the caller owns; it must not be null.
 void CFRelease(CFTypeRef object);
 
 // Releases an owned object on every way out of a scope.
@@ -26,3 +41,4 @@ struct CFReleaser {
     void operator()(CFTypeRef object) const { CFRelease(object); }
 };
 using ScopedCFURL = std::unique_ptr<const OpaqueCFURL, CFReleaser>;
+using ScopedCFDictionary = std::unique_ptr<const OpaqueCFDictionary, CFReleaser>;

@@ -1,7 +1,7 @@
 # What run, test and .ci/run share. Sourced, with the project's root as working directory.
 
-build_packages="g++ cmake make pkg-config libasound2-dev libcli11-dev nlohmann-json3-dev"
-test_packages="libgtest-dev python3 binutils ffmpeg sox"
+build_packages="g++ cmake make pkg-config libasound2-dev libcli11-dev nlohmann-json3-dev libmpg123-dev libtag1-dev zlib1g-dev"
+test_packages="libgtest-dev python3 binutils ffmpeg lame sox twolame"
 
 # Installs what is missing of the Debian packages given.
 install_packages() {

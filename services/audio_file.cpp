@@ -1,9 +1,12 @@
 #include "platform/audio_file.h"
 
 #include <cstring>
+#include <optional>
 
+#include "services/core_foundation_object.h"
 #include "services/edge.h"
 #include "services/handle_table.h"
+#include "services/tags/information.h"
 
 namespace atdp::services {
 namespace {
@@ -21,6 +24,82 @@ OSStatus openUrl(CFURLRef url, std::int8_t permissions, AudioFileID* file) {
     if (!opened) return statusFor(opened.failure());
     *file = files().insert(std::move(*opened));
     return noErr;
+}
+
+OSStatus getGaplessCounts(SoundFile& sound, std::uint32_t* dataBytes, void* data) {
+    const auto counts = sound.gaplessCounts();
+    if (!counts) return statusFor(counts.failure());
+    if (!*counts) return kStatusUnknownProperty;
+    return copyProperty(&**counts, sizeof(**counts), dataBytes, data);
+}
+
+OSStatus getId3Tag(SoundFile& sound, std::uint32_t* dataBytes, void* data) {
+    const ByteRange tag = sound.description().id3Tag;
+    if (tag.bytes == 0) return kStatusUnknownProperty;
+    if (dataBytes == nullptr || data == nullptr) return kStatusInvalidParameter;
+    if (*dataBytes != tag.bytes) return kStatusWrongPropertySize;
+    const auto got = sound.source().readAt(tag.offset, {static_cast<std::byte*>(data), tag.bytes});
+    return got && *got == tag.bytes ? noErr : kStatusIoError;
+}
+
+bool isMpegFile(const SoundFile& sound) {
+    const std::uint32_t type = sound.description().fileType;
+    return type == kAudioFileMP1Type || type == kAudioFileMP2Type || type == kAudioFileMP3Type;
+}
+
+OSStatus getInformation(SoundFile& sound, std::uint32_t* dataBytes, void* data) {
+    if (!isMpegFile(sound)) return kStatusUnknownProperty;
+    return copyDictionary(std::make_unique<CFDictionary>(readMpegInformation(sound.source())),
+                          dataBytes, data);
+}
+
+OSStatus getProperty(SoundFile& sound, std::uint32_t property, std::uint32_t* dataBytes,
+                     void* data) {
+    switch (property) {
+        case kAudioFilePropertyFileFormat:
+            return copyProperty(&sound.description().fileType, sizeof(std::uint32_t), dataBytes,
+                                data);
+        case kAudioFilePropertyPacketTableInfo:
+            return getGaplessCounts(sound, dataBytes, data);
+        case kAudioFilePropertyID3Tag:
+            return getId3Tag(sound, dataBytes, data);
+        case kAudioFilePropertyInfoDictionary:
+            return getInformation(sound, dataBytes, data);
+        default:
+            return kStatusUnknownProperty;
+    }
+}
+
+// The size of a property that the file may have.
+std::optional<std::uint32_t> propertyBytes(SoundFile& sound, std::uint32_t property) {
+    switch (property) {
+        case kAudioFilePropertyFileFormat:
+            return sizeof(std::uint32_t);
+        case kAudioFilePropertyPacketTableInfo: {
+            const auto counts = sound.gaplessCounts();
+            if (!counts || !*counts) return std::nullopt;
+            return sizeof(AudioFilePacketTableInfo);
+        }
+        case kAudioFilePropertyID3Tag: {
+            const std::uint64_t bytes = sound.description().id3Tag.bytes;
+            if (bytes == 0) return std::nullopt;
+            return static_cast<std::uint32_t>(bytes);
+        }
+        case kAudioFilePropertyInfoDictionary:
+            if (!isMpegFile(sound)) return std::nullopt;
+            return sizeof(CFDictionaryRef);
+        default:
+            return std::nullopt;
+    }
+}
+
+// Runs a call on the file behind a handle.
+template <class Call>
+OSStatus withFile(AudioFileID file, Call call) {
+    return withoutExceptions([&]() -> OSStatus {
+        SoundFile* sound = files().find(file);
+        return sound ? call(*sound) : kStatusInvalidParameter;
+    });
 }
 
 }  // namespace
@@ -51,11 +130,17 @@ OSStatus AudioFileClose(AudioFileID file) {
 
 OSStatus AudioFileGetProperty(AudioFileID file, std::uint32_t property, std::uint32_t* dataBytes,
                               void* data) {
-    return withoutExceptions([&]() -> OSStatus {
-        const SoundFile* sound = files().find(file);
-        if (sound == nullptr) return kStatusInvalidParameter;
-        if (property != kAudioFilePropertyFileFormat) return kStatusUnknownProperty;
-        const std::uint32_t type = sound->description().fileType;
-        return copyProperty(&type, sizeof(type), dataBytes, data);
+    return withFile(
+        file, [&](SoundFile& sound) { return getProperty(sound, property, dataBytes, data); });
+}
+
+OSStatus AudioFileGetPropertyInfo(AudioFileID file, std::uint32_t property,
+                                  std::uint32_t* dataBytes, std::uint32_t* isWritable) {
+    return withFile(file, [&](SoundFile& sound) -> OSStatus {
+        const auto bytes = propertyBytes(sound, property);
+        if (!bytes) return kStatusUnknownProperty;
+        if (dataBytes != nullptr) *dataBytes = *bytes;
+        if (isWritable != nullptr) *isWritable = 0;
+        return noErr;
     });
 }

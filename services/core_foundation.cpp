@@ -49,7 +49,39 @@ class Url final : public CFObject {
     std::string path_;
 };
 
+const CFObject* objectOf(CFTypeRef object) {
+    return static_cast<const CFObject*>(object);
+}
+
 }  // namespace
+
+CFDictionary::CFDictionary(const TextMap& texts) {
+    for (const auto& [key, text] : texts) set(key, std::make_unique<CFText>(text));
+}
+
+void CFDictionary::set(const std::string& key, std::unique_ptr<CFObject> value) {
+    entries_[key] = std::move(value);
+}
+
+const CFObject* CFDictionary::find(std::string_view key) const {
+    const auto entry = entries_.find(key);
+    return entry == entries_.end() ? nullptr : entry->second.get();
+}
+
+std::string CFDictionary::description() const {
+    std::string text = "{";
+    for (const auto& [key, value] : entries_)
+        text += " " + key + " = " + value->description() + ";";
+    return text + " }";
+}
+
+OSStatus copyDictionary(std::unique_ptr<CFDictionary> dictionary, std::uint32_t* dataBytes,
+                        void* data) {
+    const CFObject* object = dictionary.get();
+    const OSStatus status = copyProperty(&object, sizeof(object), dataBytes, data);
+    if (status == noErr) dictionary.release();
+    return status;
+}
 
 const std::string& pathOf(CFURLRef url) {
     return static_cast<const Url*>(reinterpret_cast<const CFObject*>(url))->path();
@@ -71,6 +103,27 @@ CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, const std::uint
     }
 }
 
+bool CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, std::string_view key,
+                                   CFTypeRef* value) {
+    using namespace atdp::services;
+    const auto* entries = dynamic_cast<const CFDictionary*>(objectOf(dictionary));
+    const CFObject* found = entries == nullptr ? nullptr : entries->find(key);
+    if (found != nullptr && value != nullptr) *value = found;
+    return found != nullptr;
+}
+
+const std::string* textOf(CFTypeRef object) {
+    using namespace atdp::services;
+    const auto* text = dynamic_cast<const CFText*>(objectOf(object));
+    return text == nullptr ? nullptr : &text->text();
+}
+
+CFDictionaryRef dictionaryOf(CFTypeRef object) {
+    using namespace atdp::services;
+    const CFObject* dictionary = dynamic_cast<const CFDictionary*>(objectOf(object));
+    return reinterpret_cast<CFDictionaryRef>(dictionary);
+}
+
 void CFRelease(CFTypeRef object) {
-    delete static_cast<const atdp::services::CFObject*>(object);
+    delete atdp::services::objectOf(object);
 }

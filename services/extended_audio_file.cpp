@@ -37,14 +37,17 @@ OSStatus wrap(AudioFileID file, bool forWriting, ExtAudioFileRef* reader) {
     return noErr;
 }
 
-OSStatus getProperty(const OpenReader& open, std::uint32_t property, std::uint32_t* dataBytes,
+OSStatus getProperty(OpenReader& open, std::uint32_t property, std::uint32_t* dataBytes,
                      void* data) {
-    const SoundDescription& sound = open.reader.file().description();
     switch (property) {
         case kExtAudioFileProperty_FileDataFormat:
-            return copyProperty(&sound.format, sizeof(sound.format), dataBytes, data);
-        case kExtAudioFileProperty_FileLengthFrames:
-            return copyProperty(&sound.frames, sizeof(sound.frames), dataBytes, data);
+            return copyProperty(&open.reader.file().description().format,
+                                sizeof(AudioStreamBasicDescription), dataBytes, data);
+        case kExtAudioFileProperty_FileLengthFrames: {
+            const auto frames = open.reader.file().lengthInFrames();
+            if (!frames) return statusFor(frames.failure());
+            return copyProperty(&*frames, sizeof(*frames), dataBytes, data);
+        }
         case kExtAudioFileProperty_AudioFile:
             return copyProperty(&open.file, sizeof(open.file), dataBytes, data);
         case kExtAudioFileProperty_ClientDataFormat:
@@ -100,9 +103,8 @@ OSStatus ExtAudioFileDispose(ExtAudioFileRef reader) {
 
 OSStatus ExtAudioFileGetProperty(ExtAudioFileRef reader, std::uint32_t property,
                                  std::uint32_t* dataBytes, void* data) {
-    return withReader(reader, [&](const OpenReader& open) {
-        return getProperty(open, property, dataBytes, data);
-    });
+    return withReader(
+        reader, [&](OpenReader& open) { return getProperty(open, property, dataBytes, data); });
 }
 
 OSStatus ExtAudioFileSetProperty(ExtAudioFileRef reader, std::uint32_t property,

@@ -25,4 +25,40 @@ inline constexpr std::size_t kHeaderBlockBytes = 4 * 1024;
 // nothing but empty chunks is dealt with at once.
 inline constexpr std::size_t kMaxChunks = 65'536;
 
+// Bytes read at a time while the start of a stream is searched for: room for kScanAheadBytes and as
+// much to search.
+inline constexpr std::size_t kScanBlockBytes = 64 * 1024;
+
+// Bytes read at a time while a whole stream is walked over.
+inline constexpr std::size_t kWalkBlockBytes = 256 * 1024;
+
+// Bytes in front of MPEG audio that are searched for its start. Broken downloads have a page of
+// text or a torn tag there; a file without a packet in its first megabyte is something else.
+inline constexpr std::uint64_t kMaxLeadingJunkBytes = 1024 * 1024;
+
+// The largest packet of free-format MPEG audio: four times what the highest stated bit rate gives.
+inline constexpr std::uint32_t kMaxFreeFormatBytes = 8 * 1024;
+
+// Bytes kept at hand behind a place that may be a frame, so that the frames which must follow it
+// are looked at without reading back and forth.
+inline constexpr std::size_t kScanAheadBytes = 3 * kMaxFreeFormatBytes;
+
+// Pairs of free-format headers that are tried as neighbours before the search gives up on them: a
+// real stream fits at once, a hostile file could hold millions.
+inline constexpr int kMaxFreeFormatTries = 1000;
+
+// Bytes of a tag that are looked at. Large covers make tags large, and text that follows more than
+// this is not found; a file that claims to be all tag is not read into memory.
+inline constexpr std::size_t kMaxTagBytes = 16 * 1024 * 1024;
+
+// Bytes of text taken from one entry of a tag and from all of them, and entries looked at: far more
+// than any screen shows, and few enough that what is made of them stays small beside the player,
+// and that text parsing whose time grows with the square of the length is over at once.
+inline constexpr std::size_t kMaxTagEntryBytes = 64 * 1024;
+inline constexpr std::size_t kMaxTagTextBytes = 1024 * 1024;
+inline constexpr std::size_t kMaxTagEntries = 1024;
+
+// ID3v2 tags that follow each other at the start of a file; more than two are a damaged file.
+inline constexpr std::size_t kMaxTagsInARow = 16;
+
 }  // namespace atdp::services

@@ -2,29 +2,47 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "services/codecs/frame_reader.h"
+#include "services/codecs/mpeg_packets.h"
+#include "services/codecs/packet_reader.h"
 #include "services/containers/sound_description.h"
 
 namespace atdp::services {
 
+// One thread at a time. Opening looks at the headers only; the packets of a compressed stream are
+// found when somebody first asks for what depends on them.
 class SoundFile {
  public:
     static Result<std::shared_ptr<SoundFile>> open(const std::string& path);
 
     const SoundDescription& description() const { return description_; }
+    ByteSource& source() const { return *source_; }
+
+    // Frames that a reader delivers, at the file's rate. 0 where the encoding is not decoded.
+    Result<std::uint64_t> lengthInFrames();
+
+    // What a reader cuts at both ends; none where the file does not tell.
+    Result<std::optional<AudioFilePacketTableInfo>> gaplessCounts();
 
     // A new reader of the file's frames, at the first; kUnsupportedFormat when the encoding is not
     // decoded. It shares the file with others and may outlive this object.
-    Result<std::unique_ptr<FrameReader>> makeReader() const;
+    Result<std::unique_ptr<FrameReader>> makeReader();
 
  private:
     SoundFile(std::shared_ptr<ByteSource> source, const SoundDescription& description)
         : source_(std::move(source)), description_(description) {}
 
+    bool isMpeg() const;
+    Result<const MpegPackets*> mpegPackets();
+    Result<PacketLayout> mpegLayout();
+    Result<std::unique_ptr<FrameReader>> makeMpegReader();
+
     std::shared_ptr<ByteSource> source_;
     SoundDescription description_;
+    std::shared_ptr<const MpegPackets> mpegPackets_;  // once they are found
 };
 
 }  // namespace atdp::services

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "services/containers/aiff.h"
+#include "services/containers/mpeg.h"
 #include "services/containers/wave.h"
 #include "services/io/block_cache.h"
 
@@ -16,7 +17,7 @@ Result<SoundDescription> describeSound(ByteSource& source) {
     const Bytes known = std::span(head).first(*got);
     if (isWave(known)) return describeWave(headers);
     if (isAiff(known)) return describeAiff(headers);
-    return Failure::kUnknownFileType;
+    return describeMpeg(source);
 }
 
 }  // namespace atdp::services

@@ -13,8 +13,11 @@ struct SoundDescription {
     AudioStreamBasicDescription format{};  // the file's own format
     ByteRange data;                        // where the sound's bytes are, within the file
 
-    // Frames from the start to the end of data; 0 for formats that are not decoded.
+    // Frames of linear PCM from the start to the end of data. Compressed sound has to be walked
+    // over to tell.
     std::uint64_t frames = 0;
+
+    ByteRange id3Tag;  // the ID3v2 tag at the start of an MPEG file; empty where there is none
 };
 
 }  // namespace atdp::services

@@ -7,6 +7,7 @@
 
 #include "services/containers/chunk_walk.h"
 #include "services/containers/linear_pcm.h"
+#include "services/containers/mpeg.h"
 
 namespace atdp::services {
 namespace {
@@ -20,6 +21,8 @@ constexpr std::uint16_t kTagPcm = 0x0001;
 constexpr std::uint16_t kTagFloat = 0x0003;
 constexpr std::uint16_t kTagALaw = 0x0006;
 constexpr std::uint16_t kTagULaw = 0x0007;
+constexpr std::uint16_t kTagMpeg = 0x0050;  // layers I and II
+constexpr std::uint16_t kTagMpegLayer3 = 0x0055;
 constexpr std::uint16_t kTagExtensible = 0xFFFE;
 
 // Codecs without a code of their own: 'ms' and the tag.
@@ -206,9 +209,14 @@ Result<SoundDescription> describeWave(ByteSource& source) {
     if (!chunks->format || !chunks->data) return Failure::kDamaged;
     const std::uint32_t fileType = largeForm ? kAudioFileRF64Type : kAudioFileWAVEType;
     const std::uint16_t tag = chunks->format->tag;
-    return tag == kTagPcm || tag == kTagFloat
-               ? describePcm(fileType, *chunks->format, *chunks->data)
-               : describeOther(fileType, *chunks->format, *chunks->data);
+    if (tag == kTagPcm || tag == kTagFloat)
+        return describePcm(fileType, *chunks->format, *chunks->data);
+    if (tag == kTagMpeg || tag == kTagMpegLayer3) {
+        const auto sound = describeMpegData(source, fileType, *chunks->data);
+        if (sound || sound.failure() != Failure::kUnknownFileType) return sound;
+        return Failure::kDamaged;
+    }
+    return describeOther(fileType, *chunks->format, *chunks->data);
 }
 
 }  // namespace atdp::services

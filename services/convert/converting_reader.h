@@ -12,7 +12,7 @@ class ConvertingReader {
  public:
     explicit ConvertingReader(std::shared_ptr<SoundFile> file) : file_(std::move(file)) {}
 
-    const SoundFile& file() const { return *file_; }
+    SoundFile& file() const { return *file_; }
 
     // The format in force; all zeros until a client has set one.
     const AudioStreamBasicDescription& clientFormat() const { return clientFormat_; }

@@ -21,7 +21,8 @@ class BlockReader {
     // block): fewer only at the end of the source. Valid until the next call.
     Result<Bytes> at(std::uint64_t offset, std::size_t leastBytes) {
         const bool held =
-            offset >= held_.offset && offset <= held_.end() && leastBytes <= held_.end() - offset;
+            offset >= held_.offset && offset <= held_.end() &&
+            (leastBytes <= held_.end() - offset || held_.end() >= source_->sizeBytes());
         if (!held) {
             held_ = {};
             const auto got = source_->readAt(offset, block_);

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "services/codecs/mpeg_packets.h"
+#include "services/codecs/packet_decoder.h"
+#include "services/io/block_reader.h"
+#include "services/result.h"
+
+struct mpg123_handle_struct;
+
+namespace atdp::services {
+
+// Decodes MPEG audio with libmpg123, which is handed one packet after the other and never sees tags
+// or junk.
+//
+// A packet's samples depend on packets before it: layer III takes bits from a reservoir that they
+// filled, overlaps its transform with theirs, and all layers have a filterbank with a memory. A
+// packet out of order therefore starts the library anew as many packets earlier as it takes, and at
+// a packet number at which the library's filterbank stands as in a straight run, whose samples then
+// come out bit for bit.
+class MpegDecoder final : public PacketDecoder {
+ public:
+    // The stream has at least one packet. All packets are delivered with the channel count of the
+    // first. kUnsupportedFormat when the library is not to be had.
+    static Result<std::unique_ptr<PacketDecoder>> make(std::shared_ptr<ByteSource> source,
+                                                       std::shared_ptr<const MpegPackets> stream,
+                                                       std::uint32_t rate, std::uint32_t channels,
+                                                       std::uint32_t framesPerPacket);
+    ~MpegDecoder() override;
+
+    bool decode(std::uint64_t packet, float* samples) override;
+
+ private:
+    struct HandleDelete {
+        void operator()(mpg123_handle_struct* handle) const;
+    };
+    using Handle = std::unique_ptr<mpg123_handle_struct, HandleDelete>;
+
+    MpegDecoder(std::shared_ptr<ByteSource> source, std::shared_ptr<const MpegPackets> stream,
+                std::size_t samplesPerPacket, Handle handle);
+
+    Result<Bytes> packetBytes(std::uint64_t packet);
+    Result<std::uint64_t> firstPacketFor(std::uint64_t packet);
+    Result<std::uint64_t> reservoirStart(std::uint64_t packet);
+    bool restart(std::uint64_t packet);
+    bool feed(std::uint64_t packet);
+    bool decodeNext(float* samples);
+
+    BlockReader blocks_;
+    std::shared_ptr<const MpegPackets> stream_;
+    std::size_t samplesPerPacket_;
+    Handle handle_;
+    std::vector<std::byte> padded_;  // a packet that the stream cuts short, filled up
+    std::vector<float> unused_;      // samples of packets decoded on the way to another
+    std::uint64_t nextPacket_ = 0;   // that decodeNext decodes
+    std::uint64_t nextToFeed_ = 0;   // ahead of nextPacket_ where the library looks ahead
+    bool isOpen_ = false;
+};
+
+}  // namespace atdp::services

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+
+namespace atdp::services {
+
+// Decodes the packets of a stream, each into the same number of frames, interleaved.
+class PacketDecoder {
+ public:
+    virtual ~PacketDecoder() = default;
+
+    // Decodes a packet of the stream, any packet in any order; its samples do not depend on what
+    // was decoded before. A damaged packet is silence. False when its bytes cannot be read.
+    virtual bool decode(std::uint64_t packet, float* samples) = 0;
+};
+
+}  // namespace atdp::services

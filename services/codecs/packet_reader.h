@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "services/codecs/frame_reader.h"
+#include "services/codecs/packet_decoder.h"
+
+namespace atdp::services {
+
+// Which frames of a stream of packets are sound, and how they lie in the packets.
+struct PacketLayout {
+    std::uint32_t channels = 0;
+    std::uint32_t framesPerPacket = 0;
+    std::uint64_t firstFrame = 0;  // frames before it are the encoder's delay
+    std::uint64_t frames = 0;      // frames after them are padding
+};
+
+// Delivers the frames of a compressed stream, from the first that is sound to the last.
+class PacketReader final : public FrameReader {
+ public:
+    PacketReader(std::unique_ptr<PacketDecoder> decoder, const PacketLayout& layout);
+
+    Result<std::uint32_t> read(float* samples, std::uint32_t frames) override;
+    void seek(std::uint64_t frame) override;
+
+ private:
+    bool holdPacket();
+
+    std::unique_ptr<PacketDecoder> decoder_;
+    PacketLayout layout_;
+    std::vector<float> packet_;     // the samples of one packet
+    std::uint64_t position_ = 0;    // next frame to deliver, counted from layout_.firstFrame
+    std::uint64_t nextPacket_ = 0;  // the packet after the one in packet_
+    std::uint32_t heldFrames_ = 0;  // frames at the end of packet_ from position_ on
+};
+
+}  // namespace atdp::services

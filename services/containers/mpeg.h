@@ -1,0 +1,24 @@
+// MPEG audio as it is, layers I to III: frames one after the other, with tags before and after them
+// and whatever else got in between.
+#pragma once
+
+#include <memory>
+
+#include "services/codecs/mpeg_packets.h"
+#include "services/containers/sound_description.h"
+
+namespace atdp::services {
+
+// Recognises a file by several headers in a row that agree. kUnknownFileType when there are none.
+Result<SoundDescription> describeMpeg(ByteSource& source);
+
+// The same for MPEG audio within another container, whose type the description gets.
+Result<SoundDescription> describeMpegData(ByteSource& source, std::uint32_t fileType,
+                                          ByteRange data);
+
+// Walks over the whole stream that was described and finds its packets, whatever a header says of
+// their number.
+Result<MpegPackets> findMpegPackets(std::shared_ptr<ByteSource> source,
+                                    const SoundDescription& sound);
+
+}  // namespace atdp::services
