@@ -1,0 +1,289 @@
+// What tags, sound and hostile ones, say.
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <optional>
+
+#include "platform/audio_format.h"
+#include "services/limits.h"
+#include "services/tags/information.h"
+#include "tests/support/id3_builder.h"
+#include "tests/support/memory_source.h"
+
+namespace atdp::test {
+namespace {
+
+using services::TextMap;
+
+TextMap information(const std::string& file) {
+    MemorySource source(file);
+    return services::readMpegInformation(source);
+}
+
+OSStatus convert(const std::string& tag, ScopedCFDictionary& dictionary) {
+    CFDictionaryRef made = nullptr;
+    std::uint32_t size = sizeof(made);
+    const OSStatus status =
+        AudioFormatGetProperty(kAudioFormatProperty_ID3TagToDictionary,
+                               static_cast<std::uint32_t>(tag.size()), tag.data(), &size, &made);
+    dictionary.reset(made);
+    return status;
+}
+
+std::optional<std::string> textAt(CFDictionaryRef dictionary, const std::string& key) {
+    CFTypeRef value = nullptr;
+    if (!CFDictionaryGetValueIfPresent(dictionary, key, &value)) return std::nullopt;
+    return textOf(value) != nullptr ? *textOf(value) : "(not text)";
+}
+
+// The text of a frame in a tag, or why there is none.
+std::string frameText(const std::string& tag, const std::string& identifier = "TIT2") {
+    ScopedCFDictionary dictionary;
+    if (convert(tag, dictionary) != noErr) return "(refused)";
+    return textAt(dictionary.get(), identifier).value_or("(absent)");
+}
+
+std::string title(const std::string& content, int version = 4, int frameFlags = 0,
+                  int tagFlags = 0) {
+    return frameText(id3Tag(
+        version, id3Frame(version, version == 2 ? "TT2" : "TIT2", content, frameFlags), tagFlags));
+}
+
+std::string comment(const std::string& description, const std::string& text) {
+    return id3Frame(3, "COMM", raw("\0eng") + description + '\0' + text);
+}
+
+std::string compressed(const std::string& plain) {
+    uLongf size = compressBound(plain.size());
+    std::string bytes(size, '\0');
+    compress(reinterpret_cast<Bytef*>(bytes.data()), &size,
+             reinterpret_cast<const Bytef*>(plain.data()), plain.size());
+    return bytes.substr(0, size);
+}
+
+TEST(Id3v2, TakesTextInEveryEncodingAndVersion) {
+    for (const int version : {2, 3, 4}) {
+        SCOPED_TRACE(version);
+        EXPECT_EQ(title(raw("\0S\xE3o"), version), "São");
+        EXPECT_EQ(title(raw("\0S\xC3\xA3o"), version), "São");             // really UTF-8
+        EXPECT_EQ(title(raw("\0\x93S\x94\x81"), version), "“S”\xC2\x81");  // really Windows-1252
+        EXPECT_EQ(title(raw("\1\xFF\xFES\0\xE3\0"), version), "Sã");
+        EXPECT_EQ(title(raw("\1\xFE\xFF\0S\0\xE3"), version), "Sã");
+        EXPECT_EQ(title(raw("\1S\0\xE3\0"), version), "Sã");
+        EXPECT_EQ(title(raw("\2\0S\0\xE3"), version), "Sã");
+        EXPECT_EQ(title("\3\xEF\xBB\xBFSão", version), "São");
+        EXPECT_EQ(title("\3S\xE3o", version), "São");
+        EXPECT_EQ(title("\1\xFF\xFE" + utf16Little("long") + "x", version), "long");
+        EXPECT_EQ(title(raw("\1\xFF\xFE\x3D\xD8\x00\xDE"), version), "😀");
+        EXPECT_EQ(title(raw("\1\xFF\xFE"
+                            "A\0\x3D\xD8"
+                            "B\0"),
+                        version),
+                  "A\uFFFDB");
+        EXPECT_EQ(title(raw("\2\xDE\x00\xD8\x3D"), version), "\uFFFD\uFFFD");
+        EXPECT_EQ(title("\4none", version), "(absent)");
+        EXPECT_EQ(title("\3", version), "(absent)");
+    }
+}
+
+TEST(Id3v2, JoinsSeveralValuesAndNamesGenres) {
+    EXPECT_EQ(title(raw("\3A\0B\0")), "A; B");
+    EXPECT_EQ(title("\1\xFF\xFE" + utf16Little(raw("A\0B"))), "A; B");
+    EXPECT_EQ(title(raw("\3A\0left over"), 3), "A");
+    EXPECT_EQ(title("\3"
+                    "AC/DC",
+                    3),
+              "AC/DC");
+    const auto genre = [](int version, const std::string& text) {
+        const std::string name = version == 2 ? "TCO" : "TCON";
+        return frameText(id3Tag(version, id3Frame(version, name, '\3' + text)), "TCON");
+    };
+    EXPECT_EQ(genre(2, "(17)"), "Rock");
+    EXPECT_EQ(genre(3, "(17)(RX)Own"), "Rock; Remix; Own");
+    EXPECT_EQ(genre(4, raw("17\0CR\0Own")), "Rock; Cover; Own");
+    EXPECT_EQ(genre(4, "1990s"), "1990s");
+    EXPECT_EQ(genre(4, "99999999999"), "99999999999");
+}
+
+TEST(Id3v2, UndoesWhatWritersDoToFrames) {
+    const std::string content = raw("\1\xFF\xFES\0\xE3\0");
+    for (const int version : {2, 3}) {
+        const std::string name = version == 2 ? "TT2" : "TIT2";
+        const std::string frame = id3Frame(version, name, content);
+        EXPECT_EQ(frameText(id3Tag(version, unsynchronised(frame), 0x80)), "Sã");
+    }
+    EXPECT_EQ(title(unsynchronised(content), 4, 0x02), "Sã");
+    EXPECT_EQ(title(unsynchronised(content), 4, 0, 0x80), "Sã");
+    const std::string length = synchsafe(content.size());
+    EXPECT_EQ(title(length + content, 4, 0x01), "Sã");
+    EXPECT_EQ(title(length + compressed(content), 4, 0x09), "Sã");
+    EXPECT_EQ(title("g" + length + unsynchronised(compressed(content)), 4, 0x4B), "Sã");
+    EXPECT_EQ(title(bigEndian(std::uint32_t{7}) + compressed(content), 3, 0x80), "Sã");
+    EXPECT_EQ(title("g" + content, 3, 0x20), "Sã");
+    EXPECT_EQ(title("e" + content, 3, 0x40), "(absent)");
+
+    const std::string frame3 = id3Frame(3, "TIT2", "\3Sã"), frame4 = id3Frame(4, "TIT2", "\3Sã");
+    EXPECT_EQ(frameText(id3Tag(3, raw("\0\0\0\6......") + frame3, 0x40)), "Sã");
+    EXPECT_EQ(frameText(id3Tag(4, raw("\0\0\0\6\1\0") + frame4, 0x40)), "Sã");
+    const std::string withFooter = id3Tag(4, frame4, 0x10);
+    EXPECT_EQ(frameText(withFooter), "(refused)");
+    EXPECT_EQ(frameText(withFooter + "3DI" + withFooter.substr(3, 7)), "Sã");
+    // Frames of 2.2 in a tag of 2.3, plain sizes in one of 2.4.
+    EXPECT_EQ(frameText(id3Tag(3, id3Frame(3, raw("TT2\0"), "\3Sã"))), "Sã");
+    const std::string longFrame = id3Frame(3, "TALB", '\3' + std::string(200, 'a'));
+    EXPECT_EQ(frameText(id3Tag(4, longFrame + frame4)), "Sã");
+}
+
+TEST(Id3v2, KeepsCommentsByDescription) {
+    ScopedCFDictionary dictionary;
+    const std::string gapless = " 00000000 00000840 000001CC 0000000000A6B0F4";
+    const std::string wide = id3Frame(3, "COMM", "\1eng\xFF\xFE" + utf16Little(raw("d\0t")));
+    const std::string tag = id3Tag(3, comment("iTunSMPB", gapless) + comment("", "fine") + wide +
+                                          comment("", "second") + id3Frame(3, "TPE1", "\3Who"));
+    ASSERT_EQ(convert(tag, dictionary), noErr);
+    EXPECT_EQ(textAt(dictionary.get(), "TPE1"), "Who");
+    CFTypeRef comments = nullptr;
+    ASSERT_TRUE(CFDictionaryGetValueIfPresent(dictionary.get(), "comments", &comments));
+    for (const auto& [description, text] :
+         TextMap{{"iTunSMPB", gapless}, {"", "fine"}, {"d", "t"}}) {
+        CFTypeRef entry = nullptr;
+        ASSERT_TRUE(CFDictionaryGetValueIfPresent(dictionaryOf(comments), description, &entry));
+        EXPECT_EQ(textAt(dictionaryOf(entry), "text"), text);
+    }
+    EXPECT_EQ(textOf(comments), nullptr);
+    EXPECT_EQ(dictionaryOf(textOf(nullptr)), nullptr);
+    EXPECT_EQ(information(tag)["comments"], "fine");
+}
+
+TEST(Id3v2, IsRefusedWhereNoWholeTagStands) {
+    const std::string tag = id3Tag(4, id3Frame(4, "TIT2", "\3Title"));
+    EXPECT_EQ(frameText(tag + "sound"), "Title");
+    const auto changed = [&](std::size_t index, char value) {
+        std::string bytes = tag;
+        bytes[index] = value;
+        return frameText(bytes);
+    };
+    for (const auto& [index, value] : {std::pair<std::size_t, char>{0, 'i'},
+                                       {3, 1},
+                                       {3, 5},
+                                       {3, '\xFF'},
+                                       {4, '\xFF'},
+                                       {6, '\x7F'},
+                                       {9, '\x80'}})
+        EXPECT_EQ(changed(index, value), "(refused)");
+    for (std::size_t bytes = 0; bytes < tag.size(); ++bytes)
+        EXPECT_EQ(frameText(tag.substr(0, bytes)), "(refused)");
+
+    std::uint32_t size = 4;
+    CFDictionaryRef made = nullptr;
+    const auto bytes = static_cast<std::uint32_t>(tag.size());
+    constexpr auto kProperty = kAudioFormatProperty_ID3TagToDictionary;
+    EXPECT_EQ(AudioFormatGetProperty(kProperty, bytes, tag.data(), &size, &made),
+              kStatusWrongPropertySize);
+    EXPECT_EQ(AudioFormatGetProperty(kProperty, bytes, nullptr, &size, &made),
+              kStatusInvalidParameter);
+    EXPECT_EQ(AudioFormatGetProperty(kProperty, bytes, tag.data(), &size, nullptr),
+              kStatusInvalidParameter);
+    EXPECT_EQ(AudioFormatGetProperty(0, bytes, tag.data(), &size, &made), kStatusUnknownProperty);
+    EXPECT_EQ(made, nullptr);
+}
+
+TEST(Id3v2, StaysSmallWhateverFramesClaim) {
+    const std::string last = id3Frame(4, "TIT2", "\3Title");
+    const auto titleAfter = [&](const std::string& frames) {
+        return frameText(id3Tag(4, frames + last));
+    };
+    const std::string bomb = compressed('\3' + std::string(64 << 20, 'A'));
+    EXPECT_EQ(titleAfter(id3Frame(4, "TALB", synchsafe(10) + bomb, 9)), "Title");
+    EXPECT_EQ(titleAfter(id3Frame(4, "TALB", synchsafe((64 << 20) + 1) + bomb, 9)), "Title");
+    std::string nested;
+    for (std::size_t depth = 20'000; depth-- > 0;)
+        nested += "CHAP" + synchsafe(18 + 28 * depth) + raw("\0\0c\0") + std::string(16, '\0');
+    EXPECT_EQ(titleAfter(nested), "Title");
+    const std::string longText(services::kMaxTagEntryBytes, 'a');
+    EXPECT_EQ(titleAfter(id3Frame(4, "TALB", '\3' + longText)), "Title");
+    std::string genres = "\3";
+    while (genres.size() < services::kMaxTagEntryBytes - 4) genres += "(17)";
+    EXPECT_EQ(frameText(id3Tag(4, id3Frame(4, "TCON", genres)), "TCON").substr(0, 4), "Rock");
+    std::string albums, comments;
+    for (std::size_t i = 0; i < services::kMaxTagEntries; ++i) {
+        albums += id3Frame(4, "TALB", "\3x");
+        comments += id3Frame(4, "COMM", raw("\3eng\0x"));
+    }
+    EXPECT_EQ(titleAfter(albums), "Title");
+    EXPECT_EQ(titleAfter(comments), "(absent)");
+    for (const int size : {0x0FFFFFFF, 0x0FFFFFF, 20})
+        EXPECT_EQ(title("\3" + synchsafe(static_cast<std::size_t>(size)), 4, 9), "(absent)");
+}
+
+// Cut anywhere, or with any byte changed, a file says what is left and nothing is read beyond it.
+TEST(Tags, BearBeingCutAndChanged) {
+    std::string whole;
+    for (const int version : {2, 3, 4})
+        whole += id3Tag(version, id3Frame(version, version == 2 ? "TT2" : "TIT2", "\3Title") +
+                                     id3Frame(version, version == 2 ? "COM" : "COMM",
+                                              "\1eng" + utf16Little(raw("d\0t"))));
+    whole += apeTag(apeItem("Title", "Ape")) + id3v1Tag("Old");
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        information(whole.substr(0, i));
+        information(whole.substr(i));
+        for (const char value : {'\0', '\x7F', '\x80', '\xFF'}) {
+            std::string changed = whole;
+            changed[i] = value;
+            information(changed);
+        }
+    }
+}
+
+TEST(Information, TakesEachEntryFromTheFirstTagThatHasIt) {
+    const std::string id3v2 = id3Tag(3, id3Frame(3, "TIT2", "\3New") + id3Frame(3, "TRCK",
+                                                                                "\3"
+                                                                                "3/12"));
+    const std::string second =
+        id3Tag(4, id3Frame(4, "TIT2", "\3Not") + id3Frame(4, "TCOM", "\3Who"));
+    const std::string ape = apeTag(apeItem("TITLE", "Ape") + apeItem("artist", raw("A\0B")) +
+                                   apeItem("Album", "binary", 2) + apeItem("Year", "2004-05-06"));
+    const std::string old = id3v1Tag("Old", "Old", 7);
+    EXPECT_EQ(information(id3v2 + second + "sound" + ape + old), (TextMap{{"title", "New"},
+                                                                          {"track number", "3/12"},
+                                                                          {"composer", "Who"},
+                                                                          {"artist", "A; B"},
+                                                                          {"year", "2004"},
+                                                                          {"genre", "Rock"}}));
+    EXPECT_EQ(information("sound" + ape)["title"], "Ape");
+    EXPECT_EQ(information("sound" + old), (TextMap{{"title", "Old"},
+                                                   {"artist", "Old"},
+                                                   {"year", "1987"},
+                                                   {"track number", "7"},
+                                                   {"genre", "Rock"}}));
+    EXPECT_EQ(information("sound"), TextMap{});
+    EXPECT_EQ(information(id3Tag(3, id3Frame(3, "TYER",
+                                             "\3"
+                                             "1999")))["year"],
+              "1999");
+    EXPECT_EQ(information(id3Tag(4, id3Frame(4, "TDRC", "\3平成元年")))["year"], "平成元年");
+}
+
+TEST(Information, GuessesTheEncodingOfOldTags) {
+    EXPECT_EQ(information(id3v1Tag("Gar\xE7on \x80   "))["title"], "Garçon €");
+    EXPECT_EQ(information(id3v1Tag("Garçon"))["title"], "Garçon");
+    EXPECT_EQ(information(id3v1Tag("\xED\xA0\x80"))["title"], "í\u00A0€");  // no valid UTF-8
+    EXPECT_EQ(information(id3v1Tag("\xC0\xAF"))["title"], "À¯");
+}
+
+TEST(Information, BelievesNoSize) {
+    std::string claim = id3Tag(4, id3Frame(4, "TIT2", "\3Title") + std::string(1000, '\0'));
+    claim.replace(6, 4, synchsafe(0x0FFFFFFF));
+    EXPECT_EQ(information(claim)["title"], "Title");
+    EXPECT_EQ(information(apeTag(apeItem("Title", "Ape"), 0xFFFFFFFF))["title"], "Ape");
+    std::string ape = apeTag(apeItem("Title", "Ape"));
+    ape.replace(ape.size() - 20, 4, "\xFF\xFF\xFF\xFF");
+    EXPECT_EQ(information(ape), TextMap{});
+    EXPECT_EQ(information(apeTag("\xFF\xFF\xFF\xFF" + apeItem("Title", "Ape"))), TextMap{});
+    // An APE tag of such a size that its mark stands where ID3v1 has its own.
+    std::string tag = apeTag(apeItem("Title", std::string(99 - 32 - 14, 'a')));
+    EXPECT_EQ(information("APETAGEX" + std::string(24, '\0') + tag).size(), 1U);
+}
+
+}  // namespace
+}  // namespace atdp::test
