@@ -34,6 +34,22 @@ std::uint32_t reservoirBytes(const MpegHeader& header, Bytes packet) {
     return header.version == MpegVersion::k1 ? word >> 7 : word >> 8;
 }
 
+std::uint64_t maxReservoirBytes(const MpegHeader& header) {
+    return header.version == MpegVersion::k1 ? 511 : 255;
+}
+
+// Makes a layer III packet say that it has no bits of its own, and that the reservoir reaches back
+// as far as it does, so that the library keeps all of it.
+void blankSideInfo(const MpegHeader& header, std::span<std::byte> packet,
+                   std::uint64_t reservoirBytes) {
+    const auto sideInfo = packet.subspan(header.sideInfoOffset(), header.sideInfoBytes());
+    std::fill(sideInfo.begin(), sideInfo.end(), std::byte{0});
+    const std::uint64_t word =
+        header.version == MpegVersion::k1 ? reservoirBytes << 7 : reservoirBytes << 8;
+    sideInfo[0] = static_cast<std::byte>(word >> 8);
+    sideInfo[1] = static_cast<std::byte>(word & 0xFF);
+}
+
 // What a packet adds to the reservoir.
 std::uint64_t soundBytes(const MpegHeader& header, std::uint64_t packetBytes) {
     const std::uint64_t overhead = header.sideInfoOffset() + header.sideInfoBytes();
@@ -81,7 +97,7 @@ MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
       stream_(std::move(stream)),
       samplesPerPacket_(samplesPerPacket),
       handle_(std::move(handle)),
-      padded_(kMaxFreeFormatBytes + 4),
+      mended_(kMaxFreeFormatBytes + 64),
       unused_(samplesPerPacket) {}
 
 MpegDecoder::~MpegDecoder() = default;
@@ -141,21 +157,32 @@ bool MpegDecoder::restart(std::uint64_t packet) {
         mpg123_close(handle_.get()) == MPG123_OK && mpg123_open_feed(handle_.get()) == MPG123_OK;
     nextPacket_ = packet;
     nextToFeed_ = packet;
+    reservoirBytes_ = 0;
     return isOpen_;
 }
 
 // Hands a packet to the library, with as many bytes as its header states: where the stream cuts it
 // short, the rest is zeros.
+//
+// A packet whose bits start before those that the library was given cannot be decoded. The library
+// would give up on it half-way, and its filterbank would be out of step for the rest of the run; so
+// its side information is blanked, which makes it silence that still fills the reservoir.
 bool MpegDecoder::feed(std::uint64_t packet) {
     const auto bytes = packetBytes(packet);
     if (!bytes) return false;
     Bytes whole = *bytes;
-    const auto header = parseMpegHeader(whole);
-    const std::uint32_t statedBytes = header ? header->packetBytes(stream_->freeFormatBytes) : 0;
-    if (statedBytes > whole.size()) {
-        std::fill(std::copy(whole.begin(), whole.end(), padded_.begin()), padded_.end(),
-                  std::byte{0});
-        whole = Bytes(padded_).first(statedBytes);
+    if (const auto header = parseMpegHeader(whole)) {
+        const std::uint32_t statedBytes = header->packetBytes(stream_->freeFormatBytes);
+        const bool lacksBits =
+            header->layer == 3 && reservoirBytes(*header, whole) > reservoirBytes_;
+        if (statedBytes != whole.size() || lacksBits) {
+            std::fill(std::copy(whole.begin(), whole.end(), mended_.begin()), mended_.end(),
+                      std::byte{0});
+            if (lacksBits) blankSideInfo(*header, mended_, reservoirBytes_);
+            whole = Bytes(mended_).first(statedBytes);
+        }
+        reservoirBytes_ = std::min(reservoirBytes_ + soundBytes(*header, whole.size()),
+                                   maxReservoirBytes(*header));
     }
     return mpg123_feed(handle_.get(), reinterpret_cast<const unsigned char*>(whole.data()),
                        whole.size()) == MPG123_OK;

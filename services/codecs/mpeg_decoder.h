@@ -52,10 +52,11 @@ class MpegDecoder final : public PacketDecoder {
     std::shared_ptr<const MpegPackets> stream_;
     std::size_t samplesPerPacket_;
     Handle handle_;
-    std::vector<std::byte> padded_;  // a packet that the stream cuts short, filled up
-    std::vector<float> unused_;      // samples of packets decoded on the way to another
-    std::uint64_t nextPacket_ = 0;   // that decodeNext decodes
-    std::uint64_t nextToFeed_ = 0;   // ahead of nextPacket_ where the library looks ahead
+    std::vector<std::byte> mended_;     // a packet that cannot be handed over as it is
+    std::vector<float> unused_;         // samples of packets decoded on the way to another
+    std::uint64_t nextPacket_ = 0;      // that decodeNext decodes
+    std::uint64_t nextToFeed_ = 0;      // ahead of nextPacket_ where the library looks ahead
+    std::uint64_t reservoirBytes_ = 0;  // bytes before nextToFeed_ that the library has
     bool isOpen_ = false;
 };
 
