@@ -5,6 +5,7 @@
 #include <new>
 
 #include "decoder/time_arithmetic.h"
+#include "metadata/gapless_comment.h"
 #include "platform/log.h"
 
 namespace atdp {
@@ -109,7 +110,8 @@ bool AudioToolboxWavDecoder::readLengthInFrames() {
     return false;
 }
 
-// Counts in the file's packet table are the reader's to cut: they are only reported here.
+// Counts in the file's packet table are the reader's to cut: they are only reported here. Those
+// that stand only in a comment of its tag are unknown to the reader.
 void AudioToolboxWavDecoder::readGaplessCounts() {
     remainderFrames = 0;
     primingFrames = 0;
@@ -126,6 +128,11 @@ void AudioToolboxWavDecoder::readGaplessCounts() {
                      &status)) {
         primingFrames = table.mPrimingFrames;
         remainderFrames = table.mRemainderFrames;
+    } else if (getAudioFilePacketTableInfoFromID3tag(&table, file)) {
+        num_frames_ = table.mNumberValidFrames;
+        primingFrames = table.mPrimingFrames;
+        remainderFrames = table.mRemainderFrames;
+        need_cut_ = true;
     }
 }
 
@@ -213,34 +220,42 @@ std::int32_t AudioToolboxWavDecoder::getBitRate() {
                             (file_desc_.mChannelsPerFrame * file_desc_.mSampleRate));
 }
 
-// Three facts of the file's own format.
 std::unique_ptr<MetadataList> AudioToolboxWavDecoder::getMetaData() {
     if (!opened_) return nullptr;
     try {
         auto list = std::make_unique<MetadataList>();
-        list->push_back(
-            {METADATA_COMMON_KEY_SRC_SAMPLERATE, static_cast<float>(file_desc_.mSampleRate)});
-        list->push_back(
-            {kMetadataKeyChannels, static_cast<std::int64_t>(file_desc_.mChannelsPerFrame)});
-        list->push_back(
-            {METADATA_COMMON_KEY_SRC_BITS, static_cast<std::int64_t>(file_desc_.mBitsPerChannel)});
+        addFileFormat(*list);
         return list;
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
 }
 
+void AudioToolboxWavDecoder::addFileFormat(MetadataList& list) const {
+    list.push_back(
+        {METADATA_COMMON_KEY_SRC_SAMPLERATE, static_cast<float>(file_desc_.mSampleRate)});
+    list.push_back({kMetadataKeyChannels, static_cast<std::int64_t>(file_desc_.mChannelsPerFrame)});
+    list.push_back(
+        {METADATA_COMMON_KEY_SRC_BITS, static_cast<std::int64_t>(file_desc_.mBitsPerChannel)});
+}
+
+bool AudioToolboxWavDecoder::acceptsRequest(const float* samples, std::uint32_t* size) const {
+    if (size == nullptr) return false;
+    if (opened_ && desc_.mChannelsPerFrame > 0 && (samples != nullptr || *size == 0)) return true;
+    *size = 0;
+    return false;
+}
+
 std::int32_t AudioToolboxWavDecoder::getNextSamples(float* samples, std::uint32_t* size) {
+    if (!acceptsRequest(samples, size)) return DECODER_RESULT_READ_FAILED;
     const std::uint32_t channels = desc_.mChannelsPerFrame;
-    if (size == nullptr) return DECODER_RESULT_READ_FAILED;
-    if (!opened_ || channels == 0 || (samples == nullptr && *size > 0)) {
-        *size = 0;
-        return DECODER_RESULT_READ_FAILED;
-    }
     std::int32_t result = DECODER_RESULT_OK;
     std::uint32_t framesWanted = *size / channels;
     while (framesWanted > 0) {
-        if (abl_remain_frames_ == 0 && !refillBuffer(&result)) break;
+        if (abl_remain_frames_ == 0) {
+            result = readIntoBuffer(kBufferFrames);
+            if (result != DECODER_RESULT_OK || abl_num_frames_ == 0) break;
+        }
         const std::uint32_t frames = std::min(abl_remain_frames_, framesWanted);
         const std::size_t spent = abl_num_frames_ - abl_remain_frames_;
         const auto* buffered = static_cast<const float*>(p_abl_->mBuffers[0].mData);
@@ -256,20 +271,24 @@ std::int32_t AudioToolboxWavDecoder::getNextSamples(float* samples, std::uint32_
     return result;
 }
 
-// False at the end of the stream, or with a result other than OK when the read failed. The list
-// goes to the reader as the last read left it: after a short read its smaller byte size holds.
-bool AudioToolboxWavDecoder::refillBuffer(std::int32_t* result) {
-    std::uint32_t frames = kBufferFrames;
+// The list goes to the reader as the last read left it: after a short read its smaller byte size
+// holds. Never are more frames taken from it than it has room for, whatever the reader says.
+std::int32_t AudioToolboxWavDecoder::readIntoBuffer(std::uint32_t frames) {
+    const std::uint32_t room = std::min(frames, roomInBuffer());
     const OSStatus status = ExtAudioFileRead(file_ref_, &frames, p_abl_.get());
     if (status != noErr) {
         NSLog("ExtAudioFileRead() failed. (0x%08lX)", status);
-        *result = DECODER_RESULT_READ_FAILED;
-        return false;
+        return DECODER_RESULT_READ_FAILED;
     }
-    if (frames == 0) return false;
-    abl_remain_frames_ = frames;
-    abl_num_frames_ = frames;
-    return true;
+    abl_num_frames_ = std::min(frames, room);
+    abl_remain_frames_ = abl_num_frames_;
+    return DECODER_RESULT_OK;
+}
+
+std::uint32_t AudioToolboxWavDecoder::roomInBuffer() const {
+    if (!p_abl_ || p_abl_->mBuffers[0].mData == nullptr || desc_.mChannelsPerFrame == 0) return 0;
+    const std::uint64_t frameBytes = std::uint64_t{desc_.mChannelsPerFrame} * kBytesPerSample;
+    return static_cast<std::uint32_t>(p_abl_->mBuffers[0].mDataByteSize / frameBytes);
 }
 
 std::int32_t AudioToolboxWavDecoder::getDummySamples(float* samples, std::uint32_t* size) {
@@ -280,16 +299,19 @@ std::int32_t AudioToolboxWavDecoder::getDummySamples(float* samples, std::uint32
 std::int32_t AudioToolboxWavDecoder::seek(std::uint64_t nanoseconds) {
     if (!opened_) return DECODER_RESULT_FAILED;
     const std::uint64_t frame = framesFromNanoseconds(nanoseconds, sampling_rate_);
-    const OSStatus status = ExtAudioFileSeek(file_ref_, static_cast<std::int64_t>(frame));
-    if (status != noErr) {
-        NSLog("ExtAudioFileSeek Failed. (0x%08lX)", status);
-        return DECODER_RESULT_FAILED;
-    }
+    if (!moveReader(frame)) return DECODER_RESULT_FAILED;
     timestamp_ = nanoseconds;
     current_frame_ = frame;
     abl_remain_frames_ = 0;
     abl_num_frames_ = 0;
     return DECODER_RESULT_OK;
+}
+
+// A frame from 2^63 on counts as negative, which the reader refuses.
+bool AudioToolboxWavDecoder::moveReader(std::uint64_t frame) {
+    const OSStatus status = ExtAudioFileSeek(file_ref_, static_cast<std::int64_t>(frame));
+    if (status != noErr) NSLog("ExtAudioFileSeek Failed. (0x%08lX)", status);
+    return status == noErr;
 }
 
 void AudioToolboxWavDecoder::clearBuffer() {

@@ -65,6 +65,19 @@ class AudioToolboxWavDecoder : public SeekableFileDecoder {
     virtual bool createBufferWrapper();  // 512 frames
     bool createBufferWithFrame(std::uint32_t frames, std::uint32_t bits, std::uint32_t channels);
 
+    // Whether a request for samples can be served at all; where not, its count becomes 0.
+    bool acceptsRequest(const float* samples, std::uint32_t* size) const;
+
+    // Reads up to that many frames into the buffer and sets both of its counts, to 0 at the end of
+    // data. A failure, DECODER_RESULT_READ_FAILED with a log line, leaves the counts alone.
+    std::int32_t readIntoBuffer(std::uint32_t frames);
+
+    // Moves the reader; false, with a log line, when it refuses. The buffer is left alone.
+    bool moveReader(std::uint64_t frame);
+
+    // The file's own rate, channels and bits, in this order. Throws std::bad_alloc.
+    void addFileFormat(MetadataList& list) const;
+
     std::optional<std::string> filepath_;  // as given to the last open; bytes
     AudioFileID file_id_ = nullptr;        // keeps its value after close, as file_ref_ does
     ExtAudioFileRef file_ref_ = nullptr;   // while it is set, a new open is refused
@@ -72,7 +85,7 @@ class AudioToolboxWavDecoder : public SeekableFileDecoder {
     std::int32_t channels_ = 0;            // of the samples delivered
     std::int32_t bits_ = 0;                // per delivered sample: 32 once open
     std::uint64_t timestamp_ = 0;          // nanoseconds reached by the last delivery or seek
-    std::int64_t num_frames_ = 0;          // length of the file, frames
+    std::int64_t num_frames_ = 0;          // length, frames; a comment in the file may say anything
     std::int32_t primingFrames = 0;        // encoder delay, frames
     std::int32_t remainderFrames = 0;      // padding, frames
     bool need_cut_ = false;                // the delay is this decoder's to cut, not the reader's
@@ -92,7 +105,7 @@ class AudioToolboxWavDecoder : public SeekableFileDecoder {
     void readGaplessCounts();
     bool readFileFormat();
     bool setDeliveryFormat();
-    bool refillBuffer(std::int32_t* result);
+    std::uint32_t roomInBuffer() const;  // frames
 
     bool closed_ = true;  // the handles are not open, whatever values they still hold
 };

@@ -100,8 +100,15 @@ class Seek {
  public:
     virtual ~Seek() = default;
 
-    // Moves to a time in nanoseconds. DECODER_RESULT_OK, also past the end (the next delivery is
-    // empty), or DECODER_RESULT_FAILED, which leaves the position as it was.
+    // Moves to a time in nanoseconds, to frame
+    //     (uint64) ((float) nanoseconds * rate / 1000000000.0F)
+    // with all arithmetic in single precision. DECODER_RESULT_OK, also past the end, where the next
+    // delivery is empty; or DECODER_RESULT_FAILED, which leaves the position as it was.
+    //
+    // AudioToolboxMP3Decoder has its own way with the last second of a file: the next call of
+    // getNextSamples delivers the frame before that second and goes on behind the target; the call
+    // after it repeats frames. A host that wants the exact frame there seeks to an earlier one and
+    // drops what it does not want.
     virtual std::int32_t seek(std::uint64_t nanoseconds) = 0;
 };
 

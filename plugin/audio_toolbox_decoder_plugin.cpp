@@ -4,6 +4,7 @@
 #include <new>
 
 #include "decoder/audio_toolbox_wav_decoder.h"
+#include "mp3/audio_toolbox_mp3_decoder.h"
 #include "platform/extended_audio_file.h"
 #include "platform/log.h"
 #include "plugin/module.h"
@@ -18,6 +19,10 @@ using ScopedExtAudioFile = std::unique_ptr<OpaqueExtAudioFile, ExtAudioFileDispo
 
 const DecoderClass* classForFormat(std::uint32_t formatID) {
     switch (formatID) {
+        case kAudioFormatMPEGLayer1:
+        case kAudioFormatMPEGLayer2:
+        case kAudioFormatMPEGLayer3:
+            return &AudioToolboxMP3Decoder::decoderClass();
         case kAudioFormatLinearPCM:
             return &AudioToolboxWavDecoder::decoderClass();
         default:

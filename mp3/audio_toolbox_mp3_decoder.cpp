@@ -1,0 +1,280 @@
+#include "mp3/audio_toolbox_mp3_decoder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "decoder/time_arithmetic.h"
+#include "metadata/information_dictionary.h"
+#include "mp3/silence.h"
+#include "mp3/threshold_option.h"
+#include "platform/log.h"
+
+namespace atdp {
+namespace {
+
+// A second of 64 channels at 768 kHz fits. More is no sound but a broken description.
+constexpr std::uint64_t kGreatestEdgeSamples = std::uint64_t{1} << 26;
+
+}  // namespace
+
+struct AudioToolboxMP3Decoder::Request {
+    float* samples;
+    std::uint64_t frames;
+};
+
+const DecoderClass& AudioToolboxMP3Decoder::decoderClass() {
+    static constexpr DecoderClass kClass{
+        "AudioToolboxMP3Decoder", &AudioToolboxWavDecoder::getScoreByPath,
+        []() -> std::unique_ptr<SeekableFileDecoder> {
+            return std::unique_ptr<SeekableFileDecoder>(new (std::nothrow) AudioToolboxMP3Decoder);
+        }};
+    return kClass;
+}
+
+std::int32_t AudioToolboxMP3Decoder::openByPath(const std::string& path, const Options* options) {
+    const std::int32_t result = openInternalByPath(path, options);
+    if (result != DECODER_RESULT_OK) return result;
+    mp3_threashold_db_ = silenceThreshold(options);
+    processing_frame_size_ = file_desc_.mFramesPerPacket;
+    if (!makeEdgeRecords()) {
+        NSLog("AllocationFailed");
+        return DECODER_RESULT_FAILED;
+    }
+    createBufferWrapper();  // without a buffer, reads fail
+    current_frame_ = 0;
+    timestamp_ = 0;
+    desc_ = org_desc_;
+    opened_ = true;
+    return initStartSequence();
+}
+
+// The length may be any number where it comes from a comment: one that is negative counts as
+// greater than every second, and the stream then lasts until the data ends.
+bool AudioToolboxMP3Decoder::makeEdgeRecords() {
+    const auto streamFrames = static_cast<std::uint64_t>(num_frames_);
+    const std::uint64_t frames = std::min(truncatedToUint64(file_desc_.mSampleRate), streamFrames);
+    const std::uint32_t channels = file_desc_.mChannelsPerFrame;
+    if (frames > kGreatestEdgeSamples / std::max(channels, 1U)) return false;
+    start_process_info_.start_frame_ = 0;
+    start_process_info_.end_frame_ = frames;
+    end_process_info_.start_frame_ = std::max(streamFrames - frames, frames);
+    end_process_info_.end_frame_ = streamFrames;
+    try {
+        start_process_info_.samples_.resize(frames * channels);
+        end_process_info_.samples_.resize(frames * channels);
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+bool AudioToolboxMP3Decoder::createBufferWrapper() {
+    return createBufferWithFrame(static_cast<std::uint32_t>(processing_frame_size_),
+                                 static_cast<std::uint32_t>(bits_),
+                                 static_cast<std::uint32_t>(channels_));
+}
+
+std::uint32_t AudioToolboxMP3Decoder::getPreferredBufferSize() {
+    return static_cast<std::uint32_t>(processing_frame_size_);
+}
+
+std::int32_t AudioToolboxMP3Decoder::decodeAndUpdateBuffer() {
+    return readIntoBuffer(static_cast<std::uint32_t>(processing_frame_size_));
+}
+
+const float* AudioToolboxMP3Decoder::bufferedSamples() const {
+    const std::size_t spent = abl_num_frames_ - abl_remain_frames_;
+    const auto* samples = static_cast<const float*>(p_abl_->mBuffers[0].mData);
+    return samples + spent * desc_.mChannelsPerFrame;
+}
+
+void AudioToolboxMP3Decoder::takeFromBuffer(std::uint64_t frames) {
+    abl_remain_frames_ -= static_cast<std::uint32_t>(frames);
+    buffer_frame_ += frames;
+}
+
+// Takes decoded frames into the record until it is full or the data ends, and drops those that lie
+// before it. After a failed read a new call goes on where that one stopped.
+std::int32_t AudioToolboxMP3Decoder::collect(ProcessInfo* record) {
+    const std::uint32_t channels = desc_.mChannelsPerFrame;
+    while (buffer_frame_ < record->end_frame_ && record->start_frame_ < record->end_frame_) {
+        if (abl_remain_frames_ == 0) {
+            const std::int32_t result = decodeAndUpdateBuffer();
+            if (result != DECODER_RESULT_OK) return result;
+            if (abl_num_frames_ == 0) break;
+        }
+        const bool before = buffer_frame_ < record->start_frame_;
+        const std::uint64_t boundary = before ? record->start_frame_ : record->end_frame_;
+        const std::uint64_t frames =
+            std::min<std::uint64_t>(abl_remain_frames_, boundary - buffer_frame_);
+        if (!before)
+            std::copy_n(
+                bufferedSamples(), frames * channels,
+                record->samples_.data() + (buffer_frame_ - record->start_frame_) * channels);
+        takeFromBuffer(frames);
+    }
+    return DECODER_RESULT_OK;
+}
+
+std::int32_t AudioToolboxMP3Decoder::initStartSequence() {
+    ProcessInfo& start = start_process_info_;
+    const std::int32_t result = collect(&start);
+    if (result != DECODER_RESULT_OK) return result;
+    if (primingFrames == 0 && mp3_threashold_db_ != 0) {
+        start.border_frame_ =
+            silentFramesAtStart(start.samples_.data(), start.end_frame_, desc_.mChannelsPerFrame,
+                                silenceLevel(mp3_threashold_db_));
+        primingFrames = static_cast<std::int32_t>(start.border_frame_);
+    } else if (need_cut_) {
+        // A count beyond the record, or a negative one, cuts the whole record and no more.
+        start.border_frame_ =
+            std::min(static_cast<std::uint64_t>(std::int64_t{primingFrames}), start.end_frame_);
+    }
+    start.ready_ = true;
+    return DECODER_RESULT_OK;
+}
+
+// Hosts rely on two oddities of the scan for silence. It starts at the end of the record's room of
+// a whole second, so where the record covers less it meets the zeros there first. And the remainder
+// that is reported afterwards is the number of frames kept, not the number cut.
+std::int32_t AudioToolboxMP3Decoder::initEndSequence() {
+    ProcessInfo& end = end_process_info_;
+    const std::int32_t result = collect(&end);
+    if (result != DECODER_RESULT_OK) return result;
+    const std::uint64_t frames = end.end_frame_ - end.start_frame_;
+    if (remainderFrames != 0 || mp3_threashold_db_ == 0) {
+        end.border_frame_ = buffer_frame_ - std::min(buffer_frame_, end.start_frame_);
+        end.border_frame_ = std::min(end.border_frame_, frames);
+    } else {
+        const std::uint64_t roomFrames = start_process_info_.end_frame_;
+        const std::uint32_t channels = desc_.mChannelsPerFrame;
+        const float* last = end.samples_.data() + (roomFrames - frames) * channels;
+        end.border_frame_ =
+            frames - silentFramesAtEnd(last, frames, channels, silenceLevel(mp3_threashold_db_));
+        remainderFrames = static_cast<std::int32_t>(end.border_frame_);
+    }
+    end.ready_ = true;
+    return DECODER_RESULT_OK;
+}
+
+std::int32_t AudioToolboxMP3Decoder::getNextSamples(float* samples, std::uint32_t* size) {
+    if (!acceptsRequest(samples, size)) return DECODER_RESULT_READ_FAILED;
+    const std::uint32_t channels = desc_.mChannelsPerFrame;
+    Request request{samples, *size / channels};
+    std::int32_t result = DECODER_RESULT_OK;
+    if (!decoded_) {
+        deliverStart(&request);
+        result = deliverMiddle(&request);
+        if (result == DECODER_RESULT_OK && !decoded_) result = deliverEnd(&request);
+    }
+    seek_end_remain_frames_ = 0;
+    timestamp_ = nanosecondsFromFrames(virtual_current_frame_, sampling_rate_);
+    *size -= static_cast<std::uint32_t>(request.frames) * channels;
+    return result;
+}
+
+void AudioToolboxMP3Decoder::deliver(const float* source, std::uint64_t frames, Request* request) {
+    const std::uint64_t samples = frames * desc_.mChannelsPerFrame;
+    if (samples > 0) std::memcpy(request->samples, source, samples * sizeof(float));
+    request->samples += samples;
+    request->frames -= frames;
+    current_frame_ += frames;
+    virtual_current_frame_ += frames;
+}
+
+void AudioToolboxMP3Decoder::deliverStart(Request* request) {
+    const ProcessInfo& start = start_process_info_;
+    if (current_frame_ >= start.end_frame_) return;
+    current_frame_ = std::max(current_frame_, start.border_frame_);
+    const std::uint64_t frames = std::min(start.end_frame_ - current_frame_, request->frames);
+    deliver(start.samples_.data() + current_frame_ * desc_.mChannelsPerFrame, frames, request);
+}
+
+// Up to the end record.
+std::int32_t AudioToolboxMP3Decoder::deliverMiddle(Request* request) {
+    while (request->frames > 0 && current_frame_ < end_process_info_.start_frame_) {
+        if (abl_remain_frames_ == 0) {
+            const std::int32_t result = decodeAndUpdateBuffer();
+            if (result != DECODER_RESULT_OK) return result;
+            decoded_ = abl_num_frames_ == 0;
+            if (decoded_) break;
+        }
+        const std::uint64_t frames = std::min({std::uint64_t{abl_remain_frames_}, request->frames,
+                                               end_process_info_.start_frame_ - current_frame_});
+        deliver(bufferedSamples(), frames, request);
+        takeFromBuffer(frames);
+    }
+    return DECODER_RESULT_OK;
+}
+
+// The position moves by what is delivered, not by what a seek left out: the call after this one
+// repeats frames of the record, as hosts expect.
+std::int32_t AudioToolboxMP3Decoder::deliverEnd(Request* request) {
+    if (request->frames == 0) return DECODER_RESULT_OK;
+    const ProcessInfo& end = end_process_info_;
+    if (!end.ready_) {
+        const std::int32_t result = initEndSequence();
+        if (result != DECODER_RESULT_OK) return result;
+    }
+    const std::uint64_t played = current_frame_ - end.start_frame_;
+    if (played >= end.border_frame_ || seek_end_remain_frames_ >= end.border_frame_ - played)
+        return DECODER_RESULT_OK;
+    const std::uint64_t from = played + seek_end_remain_frames_;
+    deliver(end.samples_.data() + from * desc_.mChannelsPerFrame,
+            std::min(request->frames, end.border_frame_ - from), request);
+    return DECODER_RESULT_OK;
+}
+
+// A time in the last second goes to the frame before the end record; the call after the seek then
+// delivers that frame and goes on in the record behind the target.
+std::int32_t AudioToolboxMP3Decoder::seek(std::uint64_t nanoseconds) {
+    if (!opened_) return DECODER_RESULT_FAILED;
+    const std::uint64_t frame = framesFromNanoseconds(nanoseconds, sampling_rate_);
+    const std::uint64_t border = start_process_info_.border_frame_;
+    const std::uint64_t lastSecond = end_process_info_.start_frame_;
+    const std::uint64_t target =
+        border + std::min(frame, std::numeric_limits<std::uint64_t>::max() - border);
+    std::uint64_t position = target;
+    if (target >= lastSecond) {
+        seek_end_remain_frames_ = target + 1 - lastSecond;
+        position = lastSecond - std::min<std::uint64_t>(lastSecond, 1);  // an empty stream has none
+    }
+    // What lies in the start record is served from there.
+    const bool inStart = target < start_process_info_.end_frame_;
+    const std::uint64_t readerFrame = inStart ? start_process_info_.end_frame_ : position;
+    if (!moveReader(readerFrame)) return DECODER_RESULT_FAILED;
+    timestamp_ = nanoseconds;
+    current_frame_ = position;
+    virtual_current_frame_ = frame;
+    buffer_frame_ = readerFrame;
+    abl_num_frames_ = 0;
+    abl_remain_frames_ = 0;
+    decoded_ = false;
+    return DECODER_RESULT_OK;
+}
+
+bool AudioToolboxMP3Decoder::setSamplingRate(float rate) {
+    if (!opened_ || rate != sampling_rate_) return false;
+    seek(0);
+    return true;
+}
+
+bool AudioToolboxMP3Decoder::setChannels(std::int32_t channels) {
+    return opened_ && channels == channels_;
+}
+
+std::unique_ptr<MetadataList> AudioToolboxMP3Decoder::getMetaData() {
+    if (!opened_) return nullptr;
+    try {
+        auto list = std::make_unique<MetadataList>();
+        addFileFormat(*list);
+        getAudioFilePropertyInfo(file_id_, *list);
+        return list;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+}  // namespace atdp
