@@ -18,5 +18,6 @@ void addProbeCommand(CLI::App& app, Command& chosen);
 void addInfoCommand(CLI::App& app, Command& chosen);
 void addDecodeCommand(CLI::App& app, Command& chosen);
 void addPlayCommand(CLI::App& app, Command& chosen);
+void addEdgesCommand(CLI::App& app, Command& chosen);
 
 }  // namespace atdp::host

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -18,9 +17,11 @@
 #include "host/exit_codes.h"
 #include "host/failure.h"
 #include "host/frame_reader.h"
+#include "host/number_text.h"
 #include "host/output_file.h"
 #include "host/progress_bar.h"
 #include "host/stop_signal.h"
+#include "host/threshold_option.h"
 #include "host/wav_writer.h"
 
 namespace atdp::host {
@@ -36,6 +37,7 @@ struct DecodeOptions {
     double fromSeconds = 0;
     std::optional<double> forSeconds;  // nothing: to the end
     std::uint32_t requestFrames = 0;   // 0: what the decoder prefers
+    std::optional<double> thresholdDb;
 };
 
 std::string outputPathFor(const DecodeOptions& options) {
@@ -50,11 +52,8 @@ void checkOutputPath(const std::string& outputPath, const std::string& inputPath
             throw UsageError("standard output: will not write sound to a terminal");
         return;
     }
+    checkInputIsKept(outputPath, inputPath);
     std::error_code ignored;  // of paths that do not exist
-    if (std::filesystem::equivalent(outputPath, inputPath, ignored)) {
-        throw UsageError(outputPath +
-                         ": the output would replace the input (name another with -o)");
-    }
     if (!isNamed && std::filesystem::exists(outputPath, ignored)) {
         throw Failure(outputPath, "exists already (to replace it, name it with -o)");
     }
@@ -118,7 +117,7 @@ int decode(PluginModule& module, const DecodeOptions& options) {
     catchStopSignals();
     const std::string outputPath = outputPathFor(options);
     checkOutputPath(outputPath, options.path, !options.outputPath.empty());
-    OpenedFile file = openFile(module, options.path);
+    OpenedFile file = openFile(module, options.path, options.thresholdDb);
     FrameReader reader(file, module.log(), options.requestFrames);
     const std::uint64_t fromFrame = framesIn(options.fromSeconds, reader.rate());
     std::uint64_t mostFrames = std::numeric_limits<std::uint64_t>::max();
@@ -126,10 +125,8 @@ int decode(PluginModule& module, const DecodeOptions& options) {
 
     OutputFile output(outputPath);
     SampleSink sink(output, options, reader);
-    const double fileFrames =
-        static_cast<double>(file.decoder->getDuration()) * double{reader.rate()} / 1e9;
-    ProgressBar progress(
-        std::min(static_cast<double>(mostFrames), fileFrames - static_cast<double>(fromFrame)));
+    ProgressBar progress(std::min(static_cast<double>(mostFrames),
+                                  reader.fileFrames() - static_cast<double>(fromFrame)));
     if (fromFrame > 0) reader.startAt(fromFrame);
     copyFrames(reader, sink, mostFrames, progress);
     sink.finish();
@@ -138,11 +135,7 @@ int decode(PluginModule& module, const DecodeOptions& options) {
 
 // What is wrong with a number of seconds; nothing when it is one.
 std::string whyNoTime(const std::string& text) {
-    double seconds = 0;
-    const char* const end = text.data() + text.size();
-    const auto parsed = std::from_chars(text.data(), end, seconds);
-    const bool isNumber = parsed.ptr == end && parsed.ec == std::errc();
-    if (isNumber && std::isfinite(seconds) && seconds >= 0) return {};
+    if (finiteNumber(text).value_or(-1) >= 0) return {};
     return "'" + text + "' is not a number of seconds from 0 up";
 }
 
@@ -176,6 +169,7 @@ void addDecodeCommand(CLI::App& app, Command& chosen) {
     command->add_option("--for", options->forSeconds, "Decode this much")->check(isTime);
     command->add_option("--request", options->requestFrames, "Frames to decode at a time")
         ->check(CLI::Range(1u, kMostRequestFrames).description("FRAMES"));
+    addThresholdOption(*command, options->thresholdDb);
     command->callback([&chosen, options] {
         chosen = [options](PluginModule& module) { return decode(module, *options); };
     });

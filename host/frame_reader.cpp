@@ -11,6 +11,10 @@ namespace {
 
 constexpr std::uint32_t kMostSamples = 1u << 22;  // a request; 16 MiB of floats
 
+// The decoder of MPEG files repeats frames after a seek into the last second, so no seek goes
+// there. The second before it outweighs the rounding of the duration.
+constexpr double kUnsoughtSeconds = 2;
+
 }  // namespace
 
 FrameReader::FrameReader(OpenedFile& file, ModuleLog& log, std::uint32_t requestFrames)
@@ -24,10 +28,22 @@ FrameReader::FrameReader(OpenedFile& file, ModuleLog& log, std::uint32_t request
     samples_.resize(std::size_t{frames} * channels_);
 }
 
+double FrameReader::fileFrames() const {
+    return static_cast<double>(file_.decoder->getDuration()) * double{rate_} / 1e9;
+}
+
+// The decoder tells where the last second starts before it cuts frames at the start; a seek counts
+// without the cut frames.
+std::uint64_t FrameReader::latestSeekFrame() const {
+    const int cutFrames = std::max(file_.decoder->getPrimingFrames(), 0);
+    const double frame = fileFrames() - cutFrames - kUnsoughtSeconds * double{rate_};
+    return static_cast<std::uint64_t>(std::clamp(frame, 0.0, 0x1p62));
+}
+
 void FrameReader::startAt(std::uint64_t frame) {
-    const SeekPoint point = seekPointBefore(frame, rate_);
+    const SeekPoint point = seekPointBefore(std::min(frame, latestSeekFrame()), rate_);
     log_.forget();
-    if (file_.decoder->seek(point.nanoseconds) != DECODER_RESULT_OK) {
+    if (point.frame > 0 && file_.decoder->seek(point.nanoseconds) != DECODER_RESULT_OK) {
         throw Failure(file_.path, "seeking failed: " + log_.reason("the decoder gives no reason"));
     }
     std::uint64_t framesToDrop = frame - point.frame;

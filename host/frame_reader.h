@@ -18,6 +18,10 @@ class FrameReader {
     std::uint32_t channels() const { return channels_; }
     float rate() const { return rate_; }  // Hz
 
+    // How many frames the decoder says the file has, give or take its rounding. It counts frames
+    // that are cut at the ends.
+    double fileFrames() const;
+
     // Makes this frame of the file the next one delivered. Past the end nothing is delivered.
     void startAt(std::uint64_t frame);
 
@@ -26,6 +30,8 @@ class FrameReader {
     std::span<const float> next();
 
  private:
+    std::uint64_t latestSeekFrame() const;
+
     OpenedFile& file_;
     ModuleLog& log_;
     std::uint32_t channels_;

@@ -1,5 +1,6 @@
 // atdp info: what each file says of itself.
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "host/exit_codes.h"
 #include "host/failure.h"
 #include "host/file_facts.h"
+#include "host/threshold_option.h"
 
 namespace atdp::host {
 namespace {
@@ -15,6 +17,7 @@ namespace {
 struct InfoOptions {
     std::vector<std::string> paths;
     bool asJson = false;
+    std::optional<double> thresholdDb;
 };
 
 int info(PluginModule& module, const InfoOptions& options) {
@@ -23,7 +26,7 @@ int info(PluginModule& module, const InfoOptions& options) {
     for (const std::string& path : options.paths) {
         std::string text;
         try {
-            OpenedFile file = openFile(module, path);
+            OpenedFile file = openFile(module, path, options.thresholdDb);
             if (options.asJson) {
                 facts.push_back(factsAsJson(file));
             } else {
@@ -46,6 +49,7 @@ void addInfoCommand(CLI::App& app, Command& chosen) {
     const auto options = std::make_shared<InfoOptions>();
     command->add_flag("--json", options->asJson, "Write a JSON array with an object a file");
     command->add_option("FILE", options->paths, "Sound files")->required()->type_name("PATH");
+    addThresholdOption(*command, options->thresholdDb);
     command->footer(
         "The bit rate (bitRate) is in bytes per second, of the file's own uncompressed samples;\n"
         "0 for compressed files. durationNs is in nanoseconds.");

@@ -40,6 +40,7 @@ int runCommandLine(int argc, char** argv) {
     addInfoCommand(app, command);
     addDecodeCommand(app, command);
     addPlayCommand(app, command);
+    addEdgesCommand(app, command);
     try {
         app.parse(parserArguments(argc, argv));
     } catch (const CLI::Success& help) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 
 namespace atdp::host {
@@ -11,6 +12,14 @@ std::string plainNumber(float value) {
     const auto end =
         std::to_chars(std::begin(text), std::end(text), value, std::chars_format::fixed).ptr;
     return {text, end};
+}
+
+std::optional<double> finiteNumber(const std::string& text) {
+    double number = 0;
+    const char* const end = text.data() + text.size();
+    const auto parsed = std::from_chars(text.data(), end, number);
+    const bool isNumber = parsed.ptr == end && parsed.ec == std::errc();
+    return isNumber && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
 std::string clockText(double seconds) {

@@ -50,15 +50,18 @@ std::optional<std::string> whyUnreadable(const std::string& path) {
     return std::nullopt;
 }
 
-OpenedFile openFile(PluginModule& module, const std::string& path) {
+OpenedFile openFile(PluginModule& module, const std::string& path,
+                    std::optional<double> thresholdDb) {
     const DecoderClass* const decoderClass = module.plugin().findDecoderClassByPath(path);
     if (decoderClass == nullptr) throw Failure(path, whyNoDecoder(path));
 
     OpenedFile file{path, decoderClass, {}};
     file.decoder.reset(decoderClass->make().release());
     if (!file.decoder) throw std::bad_alloc();
+    Options options;
+    if (thresholdDb) options.emplace(module.thresholdKey(), *thresholdDb);
     module.log().forget();
-    if (file.decoder->openByPath(path, nullptr) != DECODER_RESULT_OK) {
+    if (file.decoder->openByPath(path, thresholdDb ? &options : nullptr) != DECODER_RESULT_OK) {
         throw Failure(path, module.log().reason("cannot be opened"));
     }
     return file;

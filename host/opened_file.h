@@ -20,8 +20,10 @@ struct OpenedFile {
     std::unique_ptr<SeekableFileDecoder, DecoderCloser> decoder;
 };
 
-// Throws Failure with the reason in words.
-OpenedFile openFile(PluginModule& module, const std::string& path);
+// With a threshold in decibels, silence at the ends of MPEG files is cut (0: it is not). Throws
+// Failure with the reason in words.
+OpenedFile openFile(PluginModule& module, const std::string& path,
+                    std::optional<double> thresholdDb = std::nullopt);
 
 // Why nothing can be read from the file, whatever is inside; nothing when it can be read.
 std::optional<std::string> whyUnreadable(const std::string& path);

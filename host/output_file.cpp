@@ -126,4 +126,12 @@ void OutputFile::fail() const {
     throw Failure(name_, std::strerror(reason));
 }
 
+void checkInputIsKept(const std::string& outputPath, const std::string& inputPath) {
+    std::error_code ignored;  // of paths that do not exist
+    if (std::filesystem::equivalent(outputPath, inputPath, ignored)) {
+        throw UsageError(outputPath +
+                         ": the output would replace the input (name another with -o)");
+    }
+}
+
 }  // namespace atdp::host

@@ -47,4 +47,7 @@ class OutputFile {
     std::vector<std::byte> buffer_;
 };
 
+// Throws UsageError when the paths name the same file, under whatever names.
+void checkInputIsKept(const std::string& outputPath, const std::string& inputPath);
+
 }  // namespace atdp::host

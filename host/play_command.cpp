@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,9 +16,15 @@
 #include "host/sound_device.h"
 #include "host/stop_signal.h"
 #include "host/terminal_line.h"
+#include "host/threshold_option.h"
 
 namespace atdp::host {
 namespace {
+
+struct PlayOptions {
+    std::vector<std::string> paths;
+    std::optional<double> thresholdDb;
+};
 
 void showPosition(TerminalLine& line, OpenedFile& file, std::uint64_t frames, float rate) {
     const double position = static_cast<double>(frames) / double{rate};
@@ -26,9 +33,9 @@ void showPosition(TerminalLine& line, OpenedFile& file, std::uint64_t frames, fl
 }
 
 // Gives the whole file to the device. The file before it may still be playing meanwhile.
-void playFile(PluginModule& module, const std::string& path, SoundDevice& device,
-              TerminalLine& line) {
-    OpenedFile file = openFile(module, path);
+void playFile(PluginModule& module, const std::string& path, std::optional<double> thresholdDb,
+              SoundDevice& device, TerminalLine& line) {
+    OpenedFile file = openFile(module, path, thresholdDb);
     FrameReader reader(file, module.log());
     const auto rate = static_cast<std::uint32_t>(std::lround(reader.rate()));
     if (!device.prepare(rate, reader.channels())) {
@@ -46,14 +53,14 @@ void playFile(PluginModule& module, const std::string& path, SoundDevice& device
     }
 }
 
-int play(PluginModule& module, const std::vector<std::string>& paths) {
+int play(PluginModule& module, const PlayOptions& options) {
     catchStopSignals();
     int exitCode = kExitOk;
     SoundDevice device;
     TerminalLine line;
-    for (const std::string& path : paths) {
+    for (const std::string& path : options.paths) {
         try {
-            playFile(module, path, device, line);
+            playFile(module, path, options.thresholdDb, device, line);
         } catch (const SoundDeviceFailure&) {
             throw;
         } catch (const Failure& failure) {
@@ -71,10 +78,11 @@ int play(PluginModule& module, const std::vector<std::string>& paths) {
 void addPlayCommand(CLI::App& app, Command& chosen) {
     CLI::App* const command =
         app.add_subcommand("play", "Play files on the sound device, without gaps between them");
-    const auto paths = std::make_shared<std::vector<std::string>>();
-    command->add_option("FILE", *paths, "Sound files")->required()->type_name("PATH");
-    command->callback([&chosen, paths] {
-        chosen = [paths](PluginModule& module) { return play(module, *paths); };
+    const auto options = std::make_shared<PlayOptions>();
+    command->add_option("FILE", options->paths, "Sound files")->required()->type_name("PATH");
+    addThresholdOption(*command, options->thresholdDb);
+    command->callback([&chosen, options] {
+        chosen = [options](PluginModule& module) { return play(module, *options); };
     });
 }
 

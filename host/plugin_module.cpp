@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <type_traits>
 
+#include "decoder/option_keys.h"
 #include "host/failure.h"
 
 namespace atdp::host {
@@ -65,6 +66,11 @@ PluginModule::PluginModule(const std::string& path) : path_(path) {
         ModuleLog::receive, &log_);
     plugin_ = principal->initWithKey(kPluginKey);
     if (!plugin_) throw Failure(path, "the module refuses to make its plug-in");
+}
+
+std::string PluginModule::thresholdKey() const {
+    return *symbol<decltype(DECODER_OPTION_KEY_MP3_THREASHOLD_DB)>(
+        "DECODER_OPTION_KEY_MP3_THREASHOLD_DB");
 }
 
 }  // namespace atdp::host

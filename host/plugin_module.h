@@ -22,6 +22,10 @@ class PluginModule {
     PluginProtocol& plugin() { return *plugin_; }
     ModuleLog& log() { return log_; }
 
+    // The key of openByPath's option for the silence threshold. Throws Failure when the module
+    // exports none.
+    std::string thresholdKey() const;
+
  private:
     struct LibraryCloser {
         void operator()(void* library) const;

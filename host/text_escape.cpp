@@ -35,8 +35,10 @@ Character firstCharacter(std::string_view text) {
     return {codePoint, bytes};
 }
 
-bool isControl(std::uint32_t codePoint) {
-    return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
+// Control characters, and the two codes in the first 65,536 that XML forbids as no characters.
+bool isUnprintable(std::uint32_t codePoint) {
+    return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0) || codePoint == 0xFFFE ||
+           codePoint == 0xFFFF;
 }
 
 void appendEscaped(std::string& to, std::string_view bytes) {
@@ -48,12 +50,12 @@ void appendEscaped(std::string& to, std::string_view bytes) {
     }
 }
 
-std::string escaped(std::string_view text, bool escapeControls) {
+std::string escaped(std::string_view text, bool escapeUnprintable) {
     std::string result;
     while (!text.empty()) {
         const Character character = firstCharacter(text);
         const std::string_view bytes = text.substr(0, character.bytes == 0 ? 1 : character.bytes);
-        if (character.bytes == 0 || (escapeControls && isControl(character.codePoint))) {
+        if (character.bytes == 0 || (escapeUnprintable && isUnprintable(character.codePoint))) {
             appendEscaped(result, bytes);
         } else {
             result += bytes;
@@ -71,6 +73,26 @@ std::string validUtf8(std::string_view text) {
 
 std::string printableText(std::string_view text) {
     return escaped(text, true);
+}
+
+std::string xmlText(std::string_view text) {
+    std::string result;
+    for (const char character : printableText(text)) {
+        switch (character) {
+            case '&':
+                result += "&amp;";
+                break;
+            case '<':
+                result += "&lt;";
+                break;
+            case '>':
+                result += "&gt;";
+                break;
+            default:
+                result += character;
+        }
+    }
+    return result;
 }
 
 }  // namespace atdp::host

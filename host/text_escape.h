@@ -13,4 +13,7 @@ std::string validUtf8(std::string_view text);
 // The same, with control characters escaped as well, so that a tag cannot drive the terminal.
 std::string printableText(std::string_view text);
 
+// printableText() as text in XML.
+std::string xmlText(std::string_view text);
+
 }  // namespace atdp::host
