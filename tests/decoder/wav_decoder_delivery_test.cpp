@@ -135,10 +135,16 @@ TEST_F(WavDecoderTest, FailedSeekChangesNothing) {
     EXPECT_EQ(platform().calls, Lines{});
 }
 
+TEST_F(WavDecoderTest, ReadThatClaimsMoreThanItsRoomIsTakenForAFullOne) {
+    platform().framesOverstated = 1000;
+    const auto decoder = openDecoder();
+    EXPECT_EQ(deliver(*decoder, 2048), Delivery(DECODER_RESULT_OK, 2048, room(2048, 0, 1024)));
+}
+
 TEST_F(WavDecoderTest, WithoutABufferDeliveryFailsAsAReadDoes) {
     AudioToolboxWavDecoder decoder;
     {
-        const scripted::FailingMalloc noMemory;
+        const scripted::FailingMalloc noMemory(4096);
         EXPECT_EQ(decoder.openByPath(path, nullptr), DECODER_RESULT_OK);
     }
     EXPECT_EQ(platform().log, Lines{"AllocationFailed"});

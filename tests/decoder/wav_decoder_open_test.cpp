@@ -123,6 +123,18 @@ const BadAnswer kHarmlessAnswers[] = {
 INSTANTIATE_TEST_SUITE_P(Calls, MissingGaplessCounts, ::testing::ValuesIn(kHarmlessAnswers),
                          nameOf);
 
+// They are asked for only where the file has no packet table, and replace the length.
+TEST_F(WavDecoderTest, GaplessCountsOfTheTagAreReportedAndNotCut) {
+    platform().frames = 1000;
+    platform().fileProperties["id3t"] = scripted::Bytes(3);
+    platform().tag = scripted::gaplessTag("00000000 00000840 000001CC 000000000006BAA8");
+    const auto decoder = openDecoder();
+    EXPECT_EQ(decoder->getPrimingFrames(), 2112);
+    EXPECT_EQ(decoder->getRemainderFrames(), 460);
+    EXPECT_EQ(decoder->getDuration(), 10'000'000'000U);
+    EXPECT_EQ(deliver(*decoder, 2), Delivery(DECODER_RESULT_OK, 2, room(2, 0, 1)));
+}
+
 TEST_F(WavDecoderTest, OpenIsRefusedWhileAReaderIsSet) {
     const auto decoder = openDecoder();
     EXPECT_EQ(decoder->openByPath(path, nullptr), DECODER_RESULT_FAILED);

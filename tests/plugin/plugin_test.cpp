@@ -1,5 +1,6 @@
 // The choice of decoder class, over the scripted platform.
 #include "decoder/audio_toolbox_wav_decoder.h"
+#include "mp3/audio_toolbox_mp3_decoder.h"
 #include "plugin/audio_toolbox_decoder_plugin.h"
 #include "plugin/module.h"
 #include "tests/support/scripted_test.h"
@@ -33,9 +34,22 @@ TEST_F(PluginTest, LinearPcmIsServedByTheWavDecoder) {
                      "ExtAudioFileDispose reader 1", "CFRelease url 1"}));
 }
 
+TEST_F(PluginTest, MpegAudioIsServedByTheMp3Decoder) {
+    for (const std::uint32_t code :
+         {fourCharCode(".mp1"), fourCharCode(".mp2"), fourCharCode(".mp3")}) {
+        platform().format.mFormatID = code;
+        const DecoderClass* found = findClass();
+        ASSERT_EQ(found, &AudioToolboxMP3Decoder::decoderClass()) << code;
+        EXPECT_STREQ(found->name, "AudioToolboxMP3Decoder");
+        EXPECT_EQ(found->getScoreByPath("/no/such/file"), 100U);
+        const auto decoder = found->make();
+        EXPECT_NE(dynamic_cast<AudioToolboxMP3Decoder*>(decoder.get()), nullptr);
+    }
+}
+
 TEST_F(PluginTest, OtherEncodingsHaveNoDecoderAndAreNotLogged) {
     for (const std::uint32_t code :
-         {fourCharCode("aac "), fourCharCode("LPCM"), kAudioFormatULaw}) {
+         {fourCharCode("aac "), fourCharCode("LPCM"), fourCharCode(".mp4"), kAudioFormatULaw}) {
         platform().format.mFormatID = code;
         EXPECT_EQ(findClass(), nullptr) << code;
     }

@@ -1,10 +1,13 @@
 #include "tests/support/failing_malloc.h"
 
-#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <new>
 
 namespace {
-bool failing = false;
-}
+constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
+std::size_t failingFrom = kNever;
+}  // namespace
 
 // The names that the linker gives to the calls and to the allocator's own function.
 extern "C" {
@@ -13,12 +16,26 @@ void* __wrap_malloc(std::size_t size);
 }
 
 void* __wrap_malloc(std::size_t size) {
-    return failing ? nullptr : __real_malloc(size);
+    return size >= failingFrom ? nullptr : __real_malloc(size);
 }
 
-scripted::FailingMalloc::FailingMalloc() {
-    failing = true;
+void* operator new(std::size_t size) {
+    if (void* block = std::malloc(size)) return block;
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return std::malloc(size);
+}
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+scripted::FailingMalloc::FailingMalloc(std::size_t fromBytes) {
+    failingFrom = fromBytes;
 }
 scripted::FailingMalloc::~FailingMalloc() {
-    failing = false;
+    failingFrom = kNever;
 }

@@ -1,12 +1,14 @@
-// Makes malloc, as the tested code calls it, answer null. The executable must be linked with
-// --wrap=malloc.
+// Makes memory run out for the tested code: malloc answers null, and new throws. The executable
+// must be linked with --wrap=malloc.
 #pragma once
+
+#include <cstddef>
 
 namespace scripted {
 
 class FailingMalloc {
  public:
-    FailingMalloc();
+    explicit FailingMalloc(std::size_t fromBytes);  // smaller blocks are still given
     ~FailingMalloc();
     FailingMalloc(const FailingMalloc&) = delete;
     FailingMalloc& operator=(const FailingMalloc&) = delete;

@@ -22,6 +22,8 @@ struct Object {
     Object* file = nullptr;  // of a reader
     std::int64_t position = 0;
     std::uint32_t channels = 0;
+    const Value* value = nullptr;    // of a dictionary, and of what is in one
+    const Object* holder = nullptr;  // the dictionary that it is in, and lives as long as
 };
 
 struct State {
@@ -41,6 +43,11 @@ Object* find(const void* handle) {
     const auto found = std::find_if(state->objects.begin(), state->objects.end(),
                                     [handle](const Object& object) { return &object == handle; });
     return found == state->objects.end() ? nullptr : &*found;
+}
+
+bool isLive(const Object* object) {
+    while (object != nullptr && object->holder != nullptr) object = object->holder;
+    return object != nullptr && object->live;
 }
 
 template <class... Words>
@@ -72,22 +79,44 @@ template <class... Arguments>
 OSStatus recordOn(const void* handle, const std::string& call, const Arguments&... arguments) {
     const Object* object = find(handle);
     const OSStatus status = record(call, object ? object->name : "nothing", arguments...);
-    if (object != nullptr && object->live) return status;
+    if (isLive(object)) return status;
     platform().faults.push_back(platform().calls.back());
     return kStatusInvalidParameter;
 }
 
 OSStatus release(const void* handle, const std::string& call) {
     const OSStatus status = recordOn(handle, call);
-    if (Object* object = find(handle)) object->live = false;
+    Object* object = find(handle);
+    if (object == nullptr) return status;
+    if (object->holder != nullptr) platform().faults.push_back(platform().calls.back());
+    object->live = false;
     return status;
+}
+
+CFDictionaryRef makeDictionary(const Value& value) {
+    Object* dictionary = make("dictionary");
+    dictionary->value = &value;
+    return reinterpret_cast<CFDictionaryRef>(dictionary);
+}
+
+// What a handle stands for in a dictionary; a use after the dictionary's release is a fault.
+const Value& valueOf(CFTypeRef object) {
+    const Object* found = find(object);
+    if (isLive(found) && found->value != nullptr) return *found->value;
+    static const Value kNothing;
+    platform().faults.push_back("use of " + (found ? found->name : "nothing"));
+    return kNothing;
+}
+
+std::uint32_t sizeToReturn(const std::string& call, const Bytes& value) {
+    const auto size = platform().returnedSize.find(call);
+    return size == platform().returnedSize.end() ? static_cast<std::uint32_t>(value.size())
+                                                 : size->second;
 }
 
 OSStatus answer(const std::string& call, const Bytes& value, std::uint32_t* dataBytes, void* data) {
     std::memcpy(data, value.data(), std::min<std::size_t>(*dataBytes, value.size()));
-    const auto size = platform().returnedSize.find(call);
-    *dataBytes = size == platform().returnedSize.end() ? static_cast<std::uint32_t>(value.size())
-                                                       : size->second;
+    *dataBytes = sizeToReturn(call, value);
     return noErr;
 }
 
@@ -104,12 +133,18 @@ void resetPlatform() {
 Lines Platform::live() const {
     Lines names;
     for (const Object& object : state->objects)
-        if (object.live) names.push_back(object.name);
+        if (object.live && object.holder == nullptr) names.push_back(object.name);
     return names;
 }
 
 float sampleAt(std::int64_t frame, std::uint32_t channel) {
     return static_cast<float>(frame * 8 + channel);
+}
+
+Value gaplessTag(const std::string& text) {
+    const Value comment{std::nullopt, {{"text", {text}}}};
+    const Value comments{std::nullopt, {{"iTunSMPB", comment}}};
+    return {std::nullopt, {{"comments", comments}}};
 }
 
 }  // namespace scripted
@@ -130,6 +165,26 @@ void CFRelease(CFTypeRef object) {
     release(object, "CFRelease");
 }
 
+bool CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, std::string_view key,
+                                   CFTypeRef* value) {
+    for (const Entry& entry : valueOf(dictionary).entries) {
+        if (entry.key != key) continue;
+        *value = &state->objects.emplace_back(
+            Object{.name = entry.key, .value = &entry.value, .holder = find(dictionary)});
+        return true;
+    }
+    return false;
+}
+
+const std::string* textOf(CFTypeRef object) {
+    const Value& value = valueOf(object);
+    return value.text ? &*value.text : nullptr;
+}
+
+CFDictionaryRef dictionaryOf(CFTypeRef object) {
+    return valueOf(object).text ? nullptr : static_cast<CFDictionaryRef>(object);
+}
+
 OSStatus AudioFileOpenURL(CFURLRef url, std::int8_t permissions, std::uint32_t fileTypeHint,
                           AudioFileID* file) {
     const OSStatus status = recordOn(url, "AudioFileOpenURL", int{permissions}, fileTypeHint);
@@ -146,9 +201,31 @@ OSStatus AudioFileGetProperty(AudioFileID file, std::uint32_t property, std::uin
     const std::string call = "AudioFileGetProperty " + codeText(property);
     const OSStatus status = recordOn(file, call, *dataBytes);
     if (status != noErr) return status;
+    if (property == kAudioFilePropertyInfoDictionary && platform().information)
+        return answer(call, bytesOf(makeDictionary(*platform().information)), dataBytes, data);
     const auto value = platform().fileProperties.find(codeText(property));
     if (value == platform().fileProperties.end()) return kStatusUnknownProperty;
     return answer(call, value->second, dataBytes, data);
+}
+
+OSStatus AudioFileGetPropertyInfo(AudioFileID file, std::uint32_t property,
+                                  std::uint32_t* dataBytes, std::uint32_t*) {
+    const std::string call = "AudioFileGetPropertyInfo " + codeText(property);
+    const OSStatus status = recordOn(file, call);
+    if (status != noErr) return status;
+    const auto value = platform().fileProperties.find(codeText(property));
+    if (value == platform().fileProperties.end()) return kStatusUnknownProperty;
+    *dataBytes = sizeToReturn(call, value->second);
+    return noErr;
+}
+
+OSStatus AudioFormatGetProperty(std::uint32_t property, std::uint32_t specifierBytes,
+                                const void* specifier, std::uint32_t* dataBytes, void* data) {
+    const std::string call = "AudioFormatGetProperty " + codeText(property);
+    const std::string bytes(static_cast<const char*>(specifier), specifierBytes);
+    const OSStatus status = record(call, bytes, *dataBytes);
+    if (status != noErr) return status;
+    return answer(call, bytesOf(makeDictionary(platform().tag)), dataBytes, data);
 }
 
 OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* reader) {
@@ -209,21 +286,23 @@ OSStatus ExtAudioFileRead(ExtAudioFileRef reader, std::uint32_t* frames, AudioBu
     if (buffer.mData == nullptr) return kStatusInvalidParameter;
     Object& source = *find(reader);
     const std::uint32_t frameBytes = 4 * source.channels;
-    const std::int64_t left = std::max<std::int64_t>(platform().frames - source.position, 0);
-    const std::int64_t count =
-        std::min({std::int64_t{*frames}, std::int64_t{buffer.mDataByteSize / frameBytes}, left});
+    const std::int64_t end = platform().frames - platform().framesMissing;
+    const std::int64_t left = std::max<std::int64_t>(end - source.position, 0);
+    const std::uint32_t room = frameBytes == 0 ? 0 : buffer.mDataByteSize / frameBytes;
+    const std::int64_t count = std::min({std::int64_t{*frames}, std::int64_t{room}, left});
     auto* sample = static_cast<float*>(buffer.mData);
     for (std::int64_t frame = 0; frame < count; ++frame)
         for (std::uint32_t channel = 0; channel < source.channels; ++channel)
-            *sample++ = sampleAt(source.position + frame, channel);
-    *frames = static_cast<std::uint32_t>(count);
+            *sample++ = platform().sample(source.position + frame, channel);
     source.position += count;
-    if (count > 0) list->mBuffers[0].mDataByteSize = *frames * frameBytes;
+    if (count > 0) list->mBuffers[0].mDataByteSize = static_cast<std::uint32_t>(count) * frameBytes;
+    *frames = static_cast<std::uint32_t>(count) + platform().framesOverstated;
     return noErr;
 }
 
 OSStatus ExtAudioFileSeek(ExtAudioFileRef reader, std::int64_t frame) {
     const OSStatus status = recordOn(reader, "ExtAudioFileSeek", frame);
+    if (status == noErr && frame < 0) return kStatusInvalidSeek;
     if (status == noErr) find(reader)->position = frame;
     return status;
 }

@@ -7,11 +7,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/audio_file.h"
+#include "platform/audio_format.h"
 #include "platform/extended_audio_file.h"
 
 namespace scripted {
@@ -24,6 +27,20 @@ struct Failure {
     int callsBefore = 0;  // calls that still succeed
 };
 
+// An object in a dictionary: text, or a dictionary of more.
+struct Entry;
+struct Value {
+    std::optional<std::string> text;
+    std::vector<Entry> entries;
+};
+struct Entry {
+    std::string key;
+    Value value;
+};
+
+// The sample that the imagined file holds: each has its own value.
+float sampleAt(std::int64_t frame, std::uint32_t channel);
+
 // A call's name is its function and, where it has a property, the property's code:
 // "AudioFileOpenURL", "ExtAudioFileGetProperty #frm".
 struct Platform {
@@ -33,6 +50,11 @@ struct Platform {
     AudioStreamBasicDescription format{44100, kAudioFormatLinearPCM, 12, 4, 1, 4, 2, 16, 0};
     std::int64_t frames = 1'000'000;
     std::map<std::string, Bytes> fileProperties;  // of the audio file, by code; none at first
+    std::optional<Value> information;             // the file's information dictionary
+    Value tag;                                    // what an ID3 tag converts to
+    std::int64_t framesMissing = 0;               // at the end of `frames`: the data ends early
+    std::uint32_t framesOverstated = 0;           // how many a read claims that it did not give
+    std::function<float(std::int64_t frame, std::uint32_t channel)> sample = sampleAt;
 
     // The record.
     Lines calls;   // name, object and main arguments
@@ -45,13 +67,13 @@ struct Platform {
 Platform& platform();
 void resetPlatform();
 
-// The sample that the imagined file holds: each has its own value.
-float sampleAt(std::int64_t frame, std::uint32_t channel);
+// An ID3 tag, as converted, with that gapless comment.
+Value gaplessTag(const std::string& text);
 
-template <class Value>
-Bytes bytesOf(const Value& value) {
-    Bytes bytes(sizeof(Value));
-    std::memcpy(bytes.data(), &value, sizeof(Value));
+template <class Record>
+Bytes bytesOf(const Record& value) {
+    Bytes bytes(sizeof(Record));
+    std::memcpy(bytes.data(), &value, sizeof(Record));
     return bytes;
 }
 

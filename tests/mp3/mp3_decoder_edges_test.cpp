@@ -1,0 +1,150 @@
+// What is cut at both ends: by gapless counts, and by silence below a threshold.
+#include <cmath>
+#include <functional>
+#include <optional>
+
+#include "mp3/silence.h"
+#include "mp3/threshold_option.h"
+#include "tests/support/mp3_decoder_test.h"
+
+namespace atdp {
+namespace {
+
+using scripted::bytesOf;
+using SampleFunction = std::function<float(std::int64_t, std::uint32_t)>;
+
+// Frames from `first` up to `end` hold the quiet samples, all others their own.
+SampleFunction quiet(std::int64_t first, std::int64_t end, float left, float right) {
+    return [=](std::int64_t frame, std::uint32_t channel) {
+        if (frame < first || frame >= end) return sampleAt(frame, channel);
+        return channel == 0 ? left : right;
+    };
+}
+
+constexpr float kLevel = 0.001F;  // of -60 decibels
+const float kAbove = std::nextafter(kLevel, 1.0F);
+const float kNan = std::nanf("");
+
+struct Edge {
+    const char* name;
+    std::optional<double> threshold;
+    SampleFunction sample;
+    std::string comment;  // gapless, of the tag
+    std::optional<AudioFilePacketTableInfo> table;
+    const char* played;
+    std::int32_t reported;  // priming or remainder frames, after delivery
+    std::int64_t frames = 450;
+    std::int64_t missing = 0;
+};
+
+std::string nameOf(const ::testing::TestParamInfo<Edge>& info) {
+    return info.param.name;
+}
+
+class EdgeTest : public Mp3DecoderTest, public ::testing::WithParamInterface<Edge> {
+ protected:
+    static std::unique_ptr<AudioToolboxMP3Decoder> openCase() {
+        const Edge& edge = GetParam();
+        setFile(edge.frames);
+        platform().framesMissing = edge.missing;
+        if (edge.sample) platform().sample = edge.sample;
+        if (!edge.comment.empty()) setGaplessComment(edge.comment);
+        if (edge.table) platform().fileProperties["pnfo"] = bytesOf(*edge.table);
+        Options options;
+        if (edge.threshold) options[DECODER_OPTION_KEY_MP3_THREASHOLD_DB] = *edge.threshold;
+        return openDecoder(&options);
+    }
+};
+
+class StartEdge : public EdgeTest {};
+
+TEST_P(StartEdge, IsCutBeforeTheFirstDelivery) {
+    const auto decoder = openCase();
+    EXPECT_EQ(decoder->getPrimingFrames(), GetParam().reported);
+    EXPECT_EQ(play(*decoder, 150), GetParam().played);
+}
+
+const Edge kStartEdges[] = {
+    {"NoThreshold", {}, quiet(0, 30, 0, 0), "", {}, "~30 30-149", 0},
+    {"ZeroThreshold", 0, quiet(0, 30, 0, 0), "", {}, "~30 30-149", 0},
+    {"LevelItselfIsSilent", -60, quiet(0, 30, kLevel, -kLevel), "", {}, "30-179", 30},
+    {"OneChannelAbove", -60, quiet(0, 30, 0, -kAbove), "", {}, "~30 30-149", 0},
+    {"NanIsSilent", -60, quiet(0, 30, kNan, -kNan), "", {}, "30-179", 30},
+    {"AllSilent", -60, quiet(0, 120, 0, 0), "", {}, "~20 120-249", 100},
+    {"LastFrameAudible", -60, quiet(0, 99, 0, 0), "", {}, "99-248", 99},
+    {"PositiveThreshold", 80, {}, "", {}, "100-249", 100},
+    {"NanThreshold", std::nan(""), {}, "", {}, "100-249", 100},
+    {"PrimingOfTheTableIsCutByTheReader", -60, quiet(0, 30, 0, 0), "",
+     AudioFilePacketTableInfo{400, 5, 0}, "~30 30-149", 5},
+    {"PrimingOfTheComment", -60, quiet(0, 30, 0, 0), "0 14 1 1C2", {}, "~10 30-169", 20},
+    {"NoPrimingInTheComment", -60, quiet(0, 30, 0, 0), "0 0 1 1C2", {}, "30-179", 30},
+    {"NoPrimingInTheCommentNoThreshold", {}, {}, "0 0 1 1C2", {}, "0-149", 0},
+    {"PrimingBeyondTheRecord", {}, {}, "0 200 1 1C2", {}, "100-249", 512},
+    {"PrimingNegative", {}, {}, "0 FFFFFFFF 1 1C2", {}, "100-249", -1},
+    {"PrimingMostNegative", {}, {}, "0 80000000 1 1C2", {}, "100-249", -2147483647 - 1},
+    {"ShorterThanASecond", -60, quiet(0, 30, 0, 0), "", {}, "30-59", 30, 60},
+    {"ShorterThanASecondAllSilent", -60, quiet(0, 60, 0, 0), "", {}, "", 60, 60},
+    {"DataEndsEarly", -60, {}, "", {}, "0-69 ~30", 0, 450, 380},
+};
+INSTANTIATE_TEST_SUITE_P(Cases, StartEdge, ::testing::ValuesIn(kStartEdges), nameOf);
+
+class EndEdge : public EdgeTest {};
+
+TEST_P(EndEdge, IsCutAfterTheLastDelivery) {
+    const auto decoder = openCase();
+    EXPECT_EQ(playToTheEnd(*decoder), GetParam().played);
+    EXPECT_EQ(decoder->getRemainderFrames(), GetParam().reported);
+    EXPECT_EQ(deliver(*decoder, 8), Delivery(DECODER_RESULT_OK, 0, room(8, 0, 0)));
+}
+
+// Where silence was looked for, the remainder reported is the number of frames kept.
+const Edge kEndEdges[] = {
+    {"NoThreshold", {}, quiet(420, 450, 0, 0), "", {}, "0-419 ~30", 0},
+    {"LevelItselfIsSilent", -60, quiet(420, 450, kLevel, -kLevel), "", {}, "0-419", 70},
+    {"OneChannelAbove", -60, quiet(449, 450, kAbove, 0), "", {}, "0-448 ~1", 100},
+    {"NanIsSilent", -60, quiet(420, 450, kNan, kNan), "", {}, "0-419", 70},
+    {"AllSilent", -60, quiet(340, 450, 0, 0), "", {}, "0-339 ~10", 0},
+    {"RemainderOfTheTable", -60, quiet(420, 450, 0, 0), "", AudioFilePacketTableInfo{400, 0, 7},
+     "0-419 ~30", 7},
+    {"RemainderOfTheComment", -60, quiet(380, 400, 0, 0), "0 0 7 190", {}, "0-379 ~20", 7},
+    {"DataEndsInTheRecord", {}, {}, "", {}, "0-409", 0, 450, 40},
+    {"DataEndsInTheRecordThreshold", -60, {}, "", {}, "0-409", 60, 450, 40},
+    {"DataEndsBeforeTheRecord", -60, {}, "", {}, "0-249", 0, 450, 200},
+    {"ShorterThanASecond", {}, {}, "", {}, "0-59", 0, 60},
+    {"ShorterThanASecondThreshold", -60, {}, "", {}, "0-59", 0, 60},
+    {"OneSecond", -60, {}, "", {}, "0-99", 0, 100},
+    {"OneAndAHalf", {}, {}, "", {}, "0-149", 0, 150},
+    // The scan starts in the zeros behind the 50 or 70 frames covered.
+    {"OneAndAHalfThreshold", -60, {}, "", {}, "0-99", 0, 150},
+    {"OneAndSevenTenthsThreshold", -60, {}, "", {}, "0-139", 40, 170},
+    {"TwoSecondsThreshold", -60, {}, "", {}, "0-199", 100, 200},
+    {"Empty", -60, {}, "", {}, "", 0, 0},
+};
+INSTANTIATE_TEST_SUITE_P(Cases, EndEdge, ::testing::ValuesIn(kEndEdges), nameOf);
+
+TEST(SilenceThreshold, IsANumberOrTextThatStartsWithOne) {
+    const std::pair<OptionValue, float> values[] = {
+        {-60.5, -60.5F}, {"-60.5", -60.5F}, {"\n +6e1 dB", 60}, {"-.5", -0.5F},
+        {"5.", 5},       {"1e", 1},         {"0x10", 0},        {"- 5", 0},
+        {"+-5", 0},      {"-+5", 0},        {"-", 0},           {".", 0},
+        {"", 0},         {"loud", 0},       {"inf", 0},         {"-nan", 0},
+        {"1e999", 0},    {"-6,5", -6},
+    };
+    for (const auto& [value, decibels] : values) {
+        const Options options{{"mp3 threashold db", value}};
+        const auto* text = std::get_if<std::string>(&value);
+        EXPECT_EQ(silenceThreshold(&options), decibels) << (text ? *text : "number");
+    }
+    const Options others{{"mp3 threshold db", -60.0}};
+    EXPECT_EQ(silenceThreshold(&others), 0);
+    EXPECT_EQ(silenceThreshold(nullptr), 0);
+}
+
+// A frame of no channels has no sample above any level.
+TEST(Silence, FramesWithoutChannelsAreSilent) {
+    EXPECT_EQ(silentFramesAtStart(nullptr, 7, 0, 0), 7U);
+    EXPECT_EQ(silentFramesAtEnd(nullptr, 7, 0, 0), 7U);
+}
+
+}  // namespace
+}  // namespace atdp

@@ -1,0 +1,173 @@
+// Opening and closing, metadata, and descriptions that no sound has.
+#include <cmath>
+
+#include "tests/support/failing_malloc.h"
+#include "tests/support/mp3_decoder_test.h"
+
+namespace atdp {
+namespace {
+
+TEST_F(Mp3DecoderTest, OpenDecodesTheFirstSecondAndNoMore) {
+    AudioToolboxMP3Decoder decoder;
+    ASSERT_EQ(decoder.openByPath("/music/song.mp3", nullptr), DECODER_RESULT_OK);
+    const auto& calls = platform().calls;
+    ASSERT_GT(calls.size(), 7U);
+    EXPECT_EQ(Lines(calls.end() - 8, calls.end() - 6),
+              (Lines{"ExtAudioFileSetProperty cfmt reader 1 40 100 lpcm 9 8 1 8 2 32 0",
+                     "ExtAudioFileRead reader 1 16 1 2 128"}));
+    EXPECT_EQ(calls.back(), "ExtAudioFileRead reader 1 16 1 2 128");
+    EXPECT_EQ(decoder.getBitRate(), 0);
+    EXPECT_EQ(decoder.getDuration(), 4'499'999'744U);
+    EXPECT_EQ(decoder.getTimestamp(), 0U);
+}
+
+TEST_F(Mp3DecoderTest, FailureOfTheBaseOpenIsPassedOn) {
+    platform().failures["AudioFileOpenURL"] = {-43};
+    AudioToolboxMP3Decoder decoder;
+    EXPECT_EQ(decoder.openByPath("/music/song.mp3", nullptr), DECODER_RESULT_FAILED);
+    EXPECT_EQ(decoder.getPreferredBufferSize(), 0U);
+}
+
+TEST_F(Mp3DecoderTest, FailedReadInOpenLeavesAFileToBeClosed) {
+    platform().failures["ExtAudioFileRead"] = {-36, 3};
+    AudioToolboxMP3Decoder decoder;
+    EXPECT_EQ(decoder.openByPath("/music/song.mp3", nullptr), DECODER_RESULT_READ_FAILED);
+    EXPECT_EQ(platform().log, Lines{"ExtAudioFileRead() failed. (0xFFFFFFFFFFFFFFDC)"});
+    EXPECT_EQ(platform().live(), (Lines{"file 1", "reader 1"}));
+    platform().failures.clear();
+    playToTheEnd(decoder);
+    decoder.seek(timeOf(400));
+    playToTheEnd(decoder);
+}
+
+TEST_F(Mp3DecoderTest, WithoutMemoryForTheRecordsOpenFails) {
+    platform().format.mSampleRate = 44100;
+    platform().frames = 1'000'000;
+    AudioToolboxMP3Decoder decoder;
+    {
+        const scripted::FailingMalloc noMemory(300'000);
+        EXPECT_EQ(decoder.openByPath("/music/song.mp3", nullptr), DECODER_RESULT_FAILED);
+    }
+    EXPECT_EQ(platform().log, Lines{"AllocationFailed"});
+    EXPECT_EQ(deliver(decoder, 4), Delivery(DECODER_RESULT_READ_FAILED, 0, room(4, 0, 0)));
+    decoder.close();
+}
+
+TEST_F(Mp3DecoderTest, WithoutMemoryForTheBufferOpenFailsAsAReadDoes) {
+    platform().format.mFramesPerPacket = 8192;
+    AudioToolboxMP3Decoder decoder;
+    {
+        const scripted::FailingMalloc noMemory(65536);
+        EXPECT_EQ(decoder.openByPath("/music/song.mp3", nullptr), DECODER_RESULT_READ_FAILED);
+    }
+    EXPECT_EQ(platform().log,
+              (Lines{"AllocationFailed", "ExtAudioFileRead() failed. (0xFFFFFFFFFFFFFFCE)"}));
+}
+
+TEST_F(Mp3DecoderTest, NotOpenNothingIsAskedOfThePlatform) {
+    const auto decoder = openDecoder();
+    decoder->close();
+    platform().calls.clear();
+    AudioToolboxMP3Decoder unopened;
+    for (AudioToolboxMP3Decoder* closed : {decoder.get(), &unopened}) {
+        EXPECT_EQ(deliver(*closed, 8), Delivery(DECODER_RESULT_READ_FAILED, 0, room(8, 0, 0)));
+        EXPECT_EQ(closed->seek(0), DECODER_RESULT_FAILED);
+        EXPECT_FALSE(closed->setSamplingRate(closed->getSamplingRate()));
+        EXPECT_FALSE(closed->setChannels(closed->getChannels()));
+        EXPECT_EQ(closed->getMetaData(), nullptr);
+    }
+    EXPECT_EQ(platform().calls, Lines{});
+}
+
+Lines textsOf(const MetadataList& list) {
+    Lines lines;
+    for (const MetadataEntry& entry : list) {
+        const auto* text = std::get_if<std::string>(&entry.value);
+        lines.push_back(entry.key + ' ' + std::to_string(entry.value.index()) +
+                        (text ? ' ' + *text : ""));
+    }
+    return lines;
+}
+
+// The file's format comes first, so the nominal bit rate finds its place taken.
+TEST_F(Mp3DecoderTest, MetadataIsTheFormatAndThenTheInformationDictionary) {
+    const auto decoder = openDecoder();
+    const auto bare = decoder->getMetaData();
+    EXPECT_EQ(textsOf(*bare), (Lines{"SrcSampleRate 3", "Channels 1", "SrcBits 1"}));
+    EXPECT_EQ(bare->at(0).value, MetadataValue(100.0F));
+    EXPECT_EQ(bare->at(1).value, MetadataValue(std::int64_t{2}));
+    EXPECT_EQ(bare->at(2).value, MetadataValue(std::int64_t{0}));
+
+    platform().information =
+        scripted::Value{std::nullopt, {{"title", {"Song"}}, {"nominal bit rate", {"128000"}}}};
+    EXPECT_EQ(textsOf(*decoder->getMetaData()),
+              (Lines{"SrcSampleRate 3", "Channels 1", "SrcBits 1", "Title 0 Song"}));
+    EXPECT_EQ(platform().calls.back(), "CFRelease dictionary 1");
+}
+
+struct Oddity {
+    const char* name;
+    double rate;
+    std::uint32_t channels;
+    std::uint32_t framesPerPacket;
+    const char* comment;  // gapless
+    std::int32_t opened;
+    const char* played;
+};
+
+// Whatever the platform says of a file, delivery stays inside what is held, and ends.
+TEST_F(Mp3DecoderTest, OddDescriptionsAreHarmless) {
+    const double nan = std::nan("");
+    const char* const unreadable = " failed -26275";
+    const char* const sevenZs = "0 14 A 7FFFFFFFFFFFFFFF";
+    const Oddity oddities[] = {
+        {"rate not a number", nan, 2, 16, "", DECODER_RESULT_OK, "0-449"},
+        {"rate infinite", HUGE_VAL, 2, 16, "", DECODER_RESULT_OK, "0-449"},
+        {"rate and length out of range", nan, 2, 16, "0 0 0 FFFFFFFFFFFFFFFF",
+         DECODER_RESULT_FAILED, unreadable},
+        {"rate beyond the limit", 33'554'433, 2, 16, sevenZs, DECODER_RESULT_FAILED, unreadable},
+        {"rate 0", 0, 2, 16, "", DECODER_RESULT_OK, "0-449"},
+        {"rate negative", -1, 2, 16, "", DECODER_RESULT_OK, "0-449"},
+        {"length negative", 100, 2, 16, "0 14 A FFFFFFFFFFFFFFFF", DECODER_RESULT_OK, "20-449"},
+        {"length most negative", 100, 2, 16, "0 14 A 8000000000000000", DECODER_RESULT_OK,
+         "20-449"},
+        {"length huge", 100, 2, 16, sevenZs, DECODER_RESULT_OK, "20-449"},
+        {"no channels", 100, 0, 16, "", DECODER_RESULT_OK, unreadable},
+        {"no channels, no rate", nan, 0, 16, sevenZs, DECODER_RESULT_FAILED, unreadable},
+        {"channels that wrap", 100, 0x40000001, 16, "", DECODER_RESULT_FAILED, unreadable},
+        {"packets of nothing", 100, 2, 0, "", DECODER_RESULT_OK, "~100"},
+        {"packets that wrap", 100, 2, 0x20000000, "", DECODER_RESULT_OK, "~100"},
+        {"packets that wrap to few", 100, 2, 0x20000010, "", DECODER_RESULT_OK, "0-449"},
+    };
+    for (const Oddity& odd : oddities) {
+        scripted::resetPlatform();
+        setFile(450);
+        platform().format.mSampleRate = odd.rate;
+        platform().format.mChannelsPerFrame = odd.channels;
+        platform().format.mFramesPerPacket = odd.framesPerPacket;
+        if (*odd.comment != '\0') setGaplessComment(odd.comment);
+        const Options options{{DECODER_OPTION_KEY_MP3_THREASHOLD_DB, "-60"}};
+        for (const Options* given : {static_cast<const Options*>(nullptr), &options}) {
+            AudioToolboxMP3Decoder decoder;
+            EXPECT_EQ(decoder.openByPath("/music/song.mp3", given), odd.opened) << odd.name;
+            const std::string played = playToTheEnd(decoder);
+            if (given == nullptr) {
+                EXPECT_EQ(played, odd.played) << odd.name;
+            }
+            for (const std::uint64_t time : {std::uint64_t{0}, timeOf(200), ~std::uint64_t{0}}) {
+                decoder.seek(time);
+                playToTheEnd(decoder);
+            }
+            decoder.close();
+        }
+        EXPECT_EQ(platform().faults, Lines{}) << odd.name;
+    }
+}
+
+TEST_F(Mp3DecoderTest, ReadThatClaimsMoreThanItsRoomIsTakenForAFullOne) {
+    platform().framesOverstated = 1000;
+    EXPECT_EQ(playToTheEnd(*openDecoder()), "0-449");
+}
+
+}  // namespace
+}  // namespace atdp
