@@ -274,21 +274,17 @@ std::int32_t AudioToolboxWavDecoder::getNextSamples(float* samples, std::uint32_
 // The list goes to the reader as the last read left it: after a short read its smaller byte size
 // holds. Never are more frames taken from it than it has room for, whatever the reader says.
 std::int32_t AudioToolboxWavDecoder::readIntoBuffer(std::uint32_t frames) {
-    const std::uint32_t room = std::min(frames, roomInBuffer());
+    const std::uint32_t roomBytes = p_abl_ ? p_abl_->mBuffers[0].mDataByteSize : 0;
     const OSStatus status = ExtAudioFileRead(file_ref_, &frames, p_abl_.get());
     if (status != noErr) {
         NSLog("ExtAudioFileRead() failed. (0x%08lX)", status);
         return DECODER_RESULT_READ_FAILED;
     }
-    abl_num_frames_ = std::min(frames, room);
-    abl_remain_frames_ = abl_num_frames_;
-    return DECODER_RESULT_OK;
-}
-
-std::uint32_t AudioToolboxWavDecoder::roomInBuffer() const {
-    if (!p_abl_ || p_abl_->mBuffers[0].mData == nullptr || desc_.mChannelsPerFrame == 0) return 0;
     const std::uint64_t frameBytes = std::uint64_t{desc_.mChannelsPerFrame} * kBytesPerSample;
-    return static_cast<std::uint32_t>(p_abl_->mBuffers[0].mDataByteSize / frameBytes);
+    if (frames * frameBytes > roomBytes) frames = static_cast<std::uint32_t>(roomBytes / frameBytes);
+    abl_num_frames_ = frames;
+    abl_remain_frames_ = frames;
+    return DECODER_RESULT_OK;
 }
 
 std::int32_t AudioToolboxWavDecoder::getDummySamples(float* samples, std::uint32_t* size) {

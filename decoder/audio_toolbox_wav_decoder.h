@@ -105,7 +105,6 @@ class AudioToolboxWavDecoder : public SeekableFileDecoder {
     void readGaplessCounts();
     bool readFileFormat();
     bool setDeliveryFormat();
-    std::uint32_t roomInBuffer() const;  // frames
 
     bool closed_ = true;  // the handles are not open, whatever values they still hold
 };

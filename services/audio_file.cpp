@@ -13,16 +13,14 @@ namespace {
 
 using FileTable = HandleTable<SoundFile, AudioFileID, 1>;
 
-FileTable& files() {
-    return moduleWide<FileTable>();
-}
+constinit ModuleWide<FileTable> files;
 
 OSStatus openUrl(CFURLRef url, std::int8_t permissions, AudioFileID* file) {
     if (url == nullptr || file == nullptr || permissions != kAudioFileReadPermission)
         return kStatusInvalidParameter;
     auto opened = SoundFile::open(pathOf(url));
     if (!opened) return statusFor(opened.failure());
-    *file = files().insert(std::move(*opened));
+    *file = (*files).insert(std::move(*opened));
     return noErr;
 }
 
@@ -97,7 +95,7 @@ std::optional<std::uint32_t> propertyBytes(SoundFile& sound, std::uint32_t prope
 template <class Call>
 OSStatus withFile(AudioFileID file, Call call) {
     return withoutExceptions([&]() -> OSStatus {
-        SoundFile* sound = files().find(file);
+        SoundFile* sound = (*files).find(file);
         return sound ? call(*sound) : kStatusInvalidParameter;
     });
 }
@@ -105,7 +103,7 @@ OSStatus withFile(AudioFileID file, Call call) {
 }  // namespace
 
 std::shared_ptr<SoundFile> soundFileOf(AudioFileID file) {
-    return files().share(file);
+    return (*files).share(file);
 }
 
 OSStatus copyProperty(const void* value, std::uint32_t valueBytes, std::uint32_t* dataBytes,
@@ -125,7 +123,8 @@ OSStatus AudioFileOpenURL(CFURLRef url, std::int8_t permissions, std::uint32_t, 
 }
 
 OSStatus AudioFileClose(AudioFileID file) {
-    return withoutExceptions([&] { return files().erase(file) ? noErr : kStatusInvalidParameter; });
+    return withoutExceptions(
+        [&] { return (*files).erase(file) ? noErr : kStatusInvalidParameter; });
 }
 
 OSStatus AudioFileGetProperty(AudioFileID file, std::uint32_t property, std::uint32_t* dataBytes,

@@ -16,15 +16,13 @@ struct OpenReader {
 };
 using ReaderTable = HandleTable<OpenReader, ExtAudioFileRef, 2>;
 
-ReaderTable& readers() {
-    return moduleWide<ReaderTable>();
-}
+constinit ModuleWide<ReaderTable> readers;
 
 OSStatus openUrl(CFURLRef url, ExtAudioFileRef* reader) {
     if (url == nullptr || reader == nullptr) return kStatusInvalidParameter;
     auto file = SoundFile::open(pathOf(url));
     if (!file) return statusFor(file.failure());
-    *reader = readers().insert(
+    *reader = (*readers).insert(
         std::make_shared<OpenReader>(OpenReader{ConvertingReader(std::move(*file)), nullptr}));
     return noErr;
 }
@@ -32,7 +30,7 @@ OSStatus openUrl(CFURLRef url, ExtAudioFileRef* reader) {
 OSStatus wrap(AudioFileID file, bool forWriting, ExtAudioFileRef* reader) {
     auto sound = soundFileOf(file);
     if (sound == nullptr || forWriting || reader == nullptr) return kStatusInvalidParameter;
-    *reader = readers().insert(
+    *reader = (*readers).insert(
         std::make_shared<OpenReader>(OpenReader{ConvertingReader(std::move(sound)), file}));
     return noErr;
 }
@@ -66,7 +64,9 @@ OSStatus read(OpenReader& open, std::uint32_t* frames, AudioBufferList* list) {
     const auto bytesPerFrame =
         static_cast<std::uint32_t>(open.reader.clientFormat().mChannelsPerFrame * sizeof(float));
     if (bytesPerFrame == 0) return kStatusUnsupportedFormat;
-    const std::uint32_t wanted = std::min(*frames, buffer.mDataByteSize / bytesPerFrame);
+    std::uint32_t wanted = *frames;
+    if (std::uint64_t{wanted} * bytesPerFrame > buffer.mDataByteSize)
+        wanted = buffer.mDataByteSize / bytesPerFrame;
     const auto got = open.reader.read(static_cast<float*>(buffer.mData), wanted);
     if (!got) return statusFor(got.failure());
     *frames = *got;
@@ -78,7 +78,7 @@ OSStatus read(OpenReader& open, std::uint32_t* frames, AudioBufferList* list) {
 template <class Call>
 OSStatus withReader(ExtAudioFileRef reader, Call call) {
     return withoutExceptions([&]() -> OSStatus {
-        OpenReader* open = readers().find(reader);
+        OpenReader* open = (*readers).find(reader);
         return open ? call(*open) : kStatusInvalidParameter;
     });
 }
@@ -98,7 +98,7 @@ OSStatus ExtAudioFileWrapAudioFileID(AudioFileID file, bool forWriting, ExtAudio
 
 OSStatus ExtAudioFileDispose(ExtAudioFileRef reader) {
     return withoutExceptions(
-        [&] { return readers().erase(reader) ? noErr : kStatusInvalidParameter; });
+        [&] { return (*readers).erase(reader) ? noErr : kStatusInvalidParameter; });
 }
 
 OSStatus ExtAudioFileGetProperty(ExtAudioFileRef reader, std::uint32_t property,

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <atomic>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -26,6 +25,8 @@ class HandleTable {
     static_assert(sizeof(std::uintptr_t) == 8 && Kind > 0 && Kind < 16);
 
  public:
+    constexpr HandleTable() = default;
+
     Handle insert(std::shared_ptr<Object> object) {
         const std::lock_guard lock(mutex_);
         const std::uint32_t index = takeFreeSlot();
@@ -58,18 +59,15 @@ class HandleTable {
         slot->generation.store(slot->generation.load(std::memory_order_relaxed) + 1,
                                std::memory_order_release);
         object = std::move(slot->object);
-        freeSlots_.push_back(indexOf(handle));  // room was reserved when the slot was made
+        freeSlots_.push_back(indexOf(handle));  // room was reserved when the page was made
         return true;
     }
 
     // Releases every handle and all memory. Not while other threads use the table.
     void clear() {
         const std::lock_guard lock(mutex_);
-        for (std::size_t block = 0; block < usedBlocks_; ++block) {
-            blocks_[block].store(nullptr, std::memory_order_release);
-            owned_[block].reset();
-        }
-        usedBlocks_ = 0;
+        for (auto& page : pages_) delete[] page.exchange(nullptr, std::memory_order_acq_rel);
+        usedPages_ = 0;
         std::vector<std::uint32_t>().swap(freeSlots_);
     }
 
@@ -78,21 +76,18 @@ class HandleTable {
         std::atomic<std::uint32_t> generation{0};
         std::shared_ptr<Object> object;
     };
-    // Block k holds 64 x 2^k slots. Blocks stay where they are until clear(), so lookups need no
-    // lock.
-    static constexpr std::uint32_t kFirstBlockSlots = 64;
-    static constexpr std::size_t kBlocks = 22;
+    // Pages stay where they are until clear(), so lookups need no lock.
+    static constexpr std::uint32_t kPageSlots = 256;
+    static constexpr std::uint32_t kPages = 1024;
 
     static std::uint32_t indexOf(Handle handle) {
         return reinterpret_cast<std::uintptr_t>(handle) >> 4 & 0x0FFF'FFFF;
     }
 
     Slot* slotAt(std::uint32_t index) const {
-        const std::uint32_t shifted = index / kFirstBlockSlots + 1;
-        const auto block = static_cast<std::uint32_t>(std::bit_width(shifted)) - 1;
-        if (block >= kBlocks) return nullptr;
-        Slot* slots = blocks_[block].load(std::memory_order_acquire);
-        return slots ? slots + (index - kFirstBlockSlots * ((1U << block) - 1)) : nullptr;
+        if (index >= kPages * kPageSlots) return nullptr;
+        Slot* page = pages_[index / kPageSlots].load(std::memory_order_acquire);
+        return page ? page + index % kPageSlots : nullptr;
     }
 
     Slot* liveSlot(Handle handle) const {
@@ -105,42 +100,40 @@ class HandleTable {
     }
 
     std::uint32_t takeFreeSlot() {
-        if (freeSlots_.empty()) addBlock();
+        if (freeSlots_.empty()) addPage();
         const std::uint32_t index = freeSlots_.back();
         freeSlots_.pop_back();
         return index;
     }
 
-    void addBlock() {
-        if (usedBlocks_ == kBlocks) throw std::bad_alloc();
-        const std::uint32_t count = kFirstBlockSlots << usedBlocks_;
-        const std::uint32_t first = kFirstBlockSlots * ((1U << usedBlocks_) - 1);
-        freeSlots_.reserve(std::size_t{first} + count);
-        owned_[usedBlocks_] = std::make_unique<Slot[]>(count);
-        blocks_[usedBlocks_].store(owned_[usedBlocks_].get(), std::memory_order_release);
-        ++usedBlocks_;
-        for (std::uint32_t i = count; i-- > 0;) freeSlots_.push_back(first + i);
+    void addPage() {
+        if (usedPages_ == kPages) throw std::bad_alloc();
+        const std::uint32_t first = usedPages_ * kPageSlots;
+        freeSlots_.reserve(std::size_t{first} + kPageSlots);
+        pages_[usedPages_++].store(new Slot[kPageSlots], std::memory_order_release);
+        for (std::uint32_t i = kPageSlots; i-- > 0;) freeSlots_.push_back(first + i);
     }
 
     std::mutex mutex_;
-    std::array<std::atomic<Slot*>, kBlocks> blocks_{};
-    std::array<std::unique_ptr<Slot[]>, kBlocks> owned_;
-    std::size_t usedBlocks_ = 0;
+    std::array<std::atomic<Slot*>, kPages> pages_{};
+    std::uint32_t usedPages_ = 0;
     std::vector<std::uint32_t> freeSlots_;
 };
 
-// The one table of its type. It is cleared when the module is unloaded or the process ends, but
-// never destroyed: static objects of a host may close their decoders later still, and then meet
-// handles that are no longer live.
+// Holds a module's only table of a type. It is cleared when the module is unloaded or the process
+// ends, but never destroyed: static objects of a host may close their decoders later still, and
+// then meet handles that are no longer live.
 template <class Table>
-Table& moduleWide() {
-    alignas(Table) static std::byte storage[sizeof(Table)];
-    static Table* const table = new (storage) Table;
-    struct ClearAtTheEnd {
-        ~ClearAtTheEnd() { table->clear(); }
+class ModuleWide {
+ public:
+    constexpr ModuleWide() : table_() {}
+    ~ModuleWide() { table_.clear(); }
+    Table& operator*() { return table_; }
+
+ private:
+    union {
+        Table table_;
     };
-    static const ClearAtTheEnd clearAtTheEnd;
-    return *table;
-}
+};
 
 }  // namespace atdp::services

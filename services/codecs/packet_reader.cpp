@@ -13,6 +13,10 @@ PacketReader::PacketReader(std::unique_ptr<PacketDecoder> decoder, const PacketL
 }
 
 Result<std::uint32_t> PacketReader::read(float* samples, std::uint32_t frames) {
+    if (frames <= heldFrames_ && frames <= layout_.frames - position_) {
+        takeHeld(samples, frames);  // small reads, one after the other, must be cheap
+        return frames;
+    }
     std::uint32_t done = 0;
     while (done < frames && position_ < layout_.frames) {
         if (heldFrames_ == 0 && !holdPacket()) {
@@ -21,15 +25,21 @@ Result<std::uint32_t> PacketReader::read(float* samples, std::uint32_t frames) {
         }
         const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(
             std::min(frames - done, heldFrames_), layout_.frames - position_));
-        const float* held =
-            packet_.data() + packet_.size() - std::size_t{heldFrames_} * layout_.channels;
-        std::copy_n(held, std::size_t{count} * layout_.channels,
-                    samples + std::size_t{done} * layout_.channels);
-        heldFrames_ -= count;
-        position_ += count;
+        takeHeld(samples + std::size_t{done} * layout_.channels, count);
         done += count;
     }
     return done;
+}
+
+void PacketReader::takeHeld(float* samples, std::uint32_t frames) {
+    const float* held =
+        packet_.data() + packet_.size() - std::size_t{heldFrames_} * layout_.channels;
+    if (frames == 1 && layout_.channels == 2)  // a copy of known size, without a call
+        std::copy_n(held, 2, samples);
+    else
+        std::copy_n(held, std::size_t{frames} * layout_.channels, samples);
+    heldFrames_ -= frames;
+    position_ += frames;
 }
 
 // Decodes the packet that the position lies in.

@@ -26,6 +26,7 @@ class PacketReader final : public FrameReader {
 
  private:
     bool holdPacket();
+    void takeHeld(float* samples, std::uint32_t frames);
 
     std::unique_ptr<PacketDecoder> decoder_;
     PacketLayout layout_;
