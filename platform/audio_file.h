@@ -40,3 +40,15 @@ OSStatus AudioFileGetProperty(AudioFileID file, std::uint32_t property, std::uin
 // null.
 OSStatus AudioFileGetPropertyInfo(AudioFileID file, std::uint32_t property,
                                   std::uint32_t* dataBytes, std::uint32_t* isWritable);
+
+// User data of a RIFF file: the bodies of its top-level chunks of one type ('LIST' or 'id3 '), in
+// file order, numbered from 0. Only WAVE files have any.
+OSStatus AudioFileCountUserData(AudioFileID file, std::uint32_t type, std::uint32_t* count);
+
+// The size of an item in bytes; kStatusInvalidParameter when there is no such item.
+OSStatus AudioFileGetUserDataSize(AudioFileID file, std::uint32_t type, std::uint32_t index,
+                                  std::uint32_t* dataBytes);
+
+// Reads an item. `*dataBytes` is the room at `data`, which must be the item's size.
+OSStatus AudioFileGetUserData(AudioFileID file, std::uint32_t type, std::uint32_t index,
+                              std::uint32_t* dataBytes, void* data);
