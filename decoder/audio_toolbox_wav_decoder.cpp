@@ -6,6 +6,9 @@
 
 #include "decoder/time_arithmetic.h"
 #include "metadata/gapless_comment.h"
+#include "metadata/id3_tag.h"
+#include "metadata/information_dictionary.h"
+#include "metadata/riff_info.h"
 #include "platform/log.h"
 
 namespace atdp {
@@ -23,6 +26,23 @@ bool readProperty(Reader read, Handle handle, std::uint32_t property, Value* val
     std::uint32_t bytes = sizeof(Value);
     *status = read(handle, property, &bytes, value);
     return *status == noErr && bytes == sizeof(Value);
+}
+
+bool isWaveFile(AudioFileID file) {
+    std::uint32_t type = 0;
+    std::uint32_t bytes = sizeof(type);
+    return AudioFileGetProperty(file, kAudioFilePropertyFileFormat, &bytes, &type) == noErr &&
+           type == kAudioFileWAVEType;
+}
+
+// Where memory runs out, what the source has added until then stays, and the next one has its turn.
+template <class Source>
+void gather(const Source& source) {
+    try {
+        source();
+    } catch (const std::bad_alloc&) {
+        return;
+    }
 }
 
 }  // namespace
@@ -222,21 +242,22 @@ std::int32_t AudioToolboxWavDecoder::getBitRate() {
 
 std::unique_ptr<MetadataList> AudioToolboxWavDecoder::getMetaData() {
     if (!opened_) return nullptr;
-    try {
-        auto list = std::make_unique<MetadataList>();
-        addFileFormat(*list);
-        return list;
-    } catch (const std::bad_alloc&) {
-        return nullptr;
+    std::unique_ptr<MetadataList> list(new (std::nothrow) MetadataList);
+    if (!list) return nullptr;
+    if (isWaveFile(file_id_)) {
+        gather([&] { checkID3v2Tag(file_id_, *list); });
+        gather([&] { checkMetaDataAsWavFile(file_id_, *list); });
     }
+    gather([&] { getAudioFilePropertyInfo(file_id_, *list); });
+    gather([&] { addFileFormat(*list); });
+    return list;
 }
 
 void AudioToolboxWavDecoder::addFileFormat(MetadataList& list) const {
-    list.push_back(
-        {METADATA_COMMON_KEY_SRC_SAMPLERATE, static_cast<float>(file_desc_.mSampleRate)});
-    list.push_back({kMetadataKeyChannels, static_cast<std::int64_t>(file_desc_.mChannelsPerFrame)});
-    list.push_back(
-        {METADATA_COMMON_KEY_SRC_BITS, static_cast<std::int64_t>(file_desc_.mBitsPerChannel)});
+    addIfMissing(list, METADATA_COMMON_KEY_SRC_SAMPLERATE,
+                 static_cast<float>(file_desc_.mSampleRate));
+    addIfMissing(list, kMetadataKeyChannels, std::int64_t{file_desc_.mChannelsPerFrame});
+    addIfMissing(list, METADATA_COMMON_KEY_SRC_BITS, std::int64_t{file_desc_.mBitsPerChannel});
 }
 
 bool AudioToolboxWavDecoder::acceptsRequest(const float* samples, std::uint32_t* size) const {
@@ -274,14 +295,16 @@ std::int32_t AudioToolboxWavDecoder::getNextSamples(float* samples, std::uint32_
 // The list goes to the reader as the last read left it: after a short read its smaller byte size
 // holds. Never are more frames taken from it than it has room for, whatever the reader says.
 std::int32_t AudioToolboxWavDecoder::readIntoBuffer(std::uint32_t frames) {
-    const std::uint32_t roomBytes = p_abl_ ? p_abl_->mBuffers[0].mDataByteSize : 0;
+    const bool hasRoom = p_abl_ && p_abl_->mBuffers[0].mData != nullptr;
+    const std::uint32_t roomBytes = hasRoom ? p_abl_->mBuffers[0].mDataByteSize : 0;
     const OSStatus status = ExtAudioFileRead(file_ref_, &frames, p_abl_.get());
     if (status != noErr) {
         NSLog("ExtAudioFileRead() failed. (0x%08lX)", status);
         return DECODER_RESULT_READ_FAILED;
     }
     const std::uint64_t frameBytes = std::uint64_t{desc_.mChannelsPerFrame} * kBytesPerSample;
-    if (frames * frameBytes > roomBytes) frames = static_cast<std::uint32_t>(roomBytes / frameBytes);
+    if (frames * frameBytes > roomBytes)
+        frames = static_cast<std::uint32_t>(roomBytes / frameBytes);
     abl_num_frames_ = frames;
     abl_remain_frames_ = frames;
     return DECODER_RESULT_OK;

@@ -21,6 +21,13 @@ std::uint64_t difference(std::uint64_t more, std::uint64_t fewer) {
     return more > fewer ? more - fewer : 0;
 }
 
+// Of a count of delay at most a second is cut; a negative one cuts the whole second.
+std::uint64_t framesCutByCount(std::int32_t frames, float rate) {
+    const auto second = static_cast<std::uint64_t>(rate);
+    return frames < 0 ? second
+                      : std::min<std::uint64_t>(static_cast<std::uint32_t>(frames), second);
+}
+
 EdgeMeasurement emptyMeasurement(const OpenedFile& file, const FrameReader& reader,
                                  std::optional<double> thresholdDb) {
     return {
@@ -28,7 +35,7 @@ EdgeMeasurement emptyMeasurement(const OpenedFile& file, const FrameReader& read
         .rate = reader.rate(),
         .channels = reader.channels(),
         .thresholdDb = thresholdDb,
-        .start = {atLeastZero(file.decoder->getPrimingFrames()), 0},
+        .start = {framesCutByCount(file.decoder->getPrimingFrames(), reader.rate()), 0},
         .end = {atLeastZero(file.decoder->getRemainderFrames()), 0},
         .envelope = EdgeEnvelope(reader.rate(), std::min(reader.channels(), kMostOutlinedChannels)),
     };

@@ -241,7 +241,7 @@ std::int32_t AudioToolboxMP3Decoder::seek(std::uint64_t nanoseconds) {
     std::uint64_t position = target;
     if (target >= lastSecond) {
         seek_end_remain_frames_ = target + 1 - lastSecond;
-        position = lastSecond - std::min<std::uint64_t>(lastSecond, 1);  // an empty stream has none
+        position = lastSecond - 1;  // which an empty stream has not: the reader refuses
     }
     // What lies in the start record is served from there.
     const bool inStart = target < start_process_info_.end_frame_;

@@ -76,6 +76,7 @@ Result<PacketLayout> SoundFile::mpegLayout() {
 Result<std::unique_ptr<FrameReader>> SoundFile::makeMpegReader() {
     const auto layout = mpegLayout();
     if (!layout) return layout.failure();
+    if (mpegPackets_->packets.empty()) return Failure::kDamaged;
     auto decoder = MpegDecoder::make(source_, mpegPackets_,
                                      static_cast<std::uint32_t>(description_.format.mSampleRate),
                                      layout->channels, layout->framesPerPacket);

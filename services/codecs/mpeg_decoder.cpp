@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "services/codecs/mpeg_header.h"
+#include "services/codecs/mpeg_side_info.h"
 #include "services/limits.h"
 
 namespace atdp::services {
@@ -23,37 +24,25 @@ constexpr std::uint64_t kMemoryPackets = 2;
 // give.
 constexpr std::uint64_t kMaxReservoirPackets = 512;
 
+// Padding included.
+constexpr std::size_t kMaxPacketBytes = kMaxFreeFormatBytes + 4;
+
 // Packets handed over ahead of the one to be decoded. Only free format needs any: the library
 // measures its packets by the distance to the next header.
 constexpr std::uint64_t kMaxPacketsAhead = 3;
-
-// The distance from a layer III packet back to where its bits start, in bytes of sound data.
-std::uint32_t reservoirBytes(const MpegHeader& header, Bytes packet) {
-    if (packet.size() < header.sideInfoOffset() + 2) return 0;
-    const auto word = loadBigEndian<std::uint16_t>(packet.data() + header.sideInfoOffset());
-    return header.version == MpegVersion::k1 ? word >> 7 : word >> 8;
-}
-
-std::uint64_t maxReservoirBytes(const MpegHeader& header) {
-    return header.version == MpegVersion::k1 ? 511 : 255;
-}
-
-// Makes a layer III packet say that it has no bits of its own, and that the reservoir reaches back
-// as far as it does, so that the library keeps all of it.
-void blankSideInfo(const MpegHeader& header, std::span<std::byte> packet,
-                   std::uint64_t reservoirBytes) {
-    const auto sideInfo = packet.subspan(header.sideInfoOffset(), header.sideInfoBytes());
-    std::fill(sideInfo.begin(), sideInfo.end(), std::byte{0});
-    const std::uint64_t word =
-        header.version == MpegVersion::k1 ? reservoirBytes << 7 : reservoirBytes << 8;
-    sideInfo[0] = static_cast<std::byte>(word >> 8);
-    sideInfo[1] = static_cast<std::byte>(word & 0xFF);
-}
 
 // What a packet adds to the reservoir.
 std::uint64_t soundBytes(const MpegHeader& header, std::uint64_t packetBytes) {
     const std::uint64_t overhead = header.sideInfoOffset() + header.sideInfoBytes();
     return packetBytes > overhead ? packetBytes - overhead : 0;
+}
+
+// The same where only the kind of stream is known, not the packet: at the least.
+std::uint64_t leastSoundBytes(const MpegHeader& stream, std::uint64_t packetBytes) {
+    MpegHeader header = stream;
+    header.hasChecksum = true;
+    header.isMono = false;
+    return soundBytes(header, packetBytes);
 }
 
 bool configure(mpg123_handle* handle, std::uint32_t rate, std::uint32_t channels,
@@ -85,9 +74,22 @@ Result<std::unique_ptr<PacketDecoder>> MpegDecoder::make(std::shared_ptr<ByteSou
     Handle handle(mpg123_new(nullptr, nullptr));
     if (!handle || !configure(handle.get(), rate, channels, stream->freeFormatBytes != 0))
         return Failure::kUnsupportedFormat;
-    return std::unique_ptr<PacketDecoder>(new MpegDecoder(std::move(source), std::move(stream),
-                                                          std::size_t{framesPerPacket} * channels,
-                                                          std::move(handle)));
+    std::unique_ptr<MpegDecoder> decoder(new MpegDecoder(std::move(source), std::move(stream),
+                                                         std::size_t{framesPerPacket} * channels,
+                                                         std::move(handle)));
+    if (!decoder->makeSilence()) return Failure::kUnreadable;
+    return std::unique_ptr<PacketDecoder>(std::move(decoder));
+}
+
+// A packet of silence: the header of the stream's first, and zeros.
+bool MpegDecoder::makeSilence() {
+    const auto first = packetBytes(0);
+    if (!first) return false;
+    const auto header = parseMpegHeader(*first);
+    if (!header) return false;
+    std::copy_n(first->begin(), MpegHeader::kBytes, silence_.begin());
+    silence_.resize(header->packetBytes(stream_->freeFormatBytes));
+    return true;
 }
 
 MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
@@ -97,7 +99,8 @@ MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
       stream_(std::move(stream)),
       samplesPerPacket_(samplesPerPacket),
       handle_(std::move(handle)),
-      mended_(kMaxFreeFormatBytes + 64),
+      silence_(kMaxPacketBytes),
+      mended_(kMaxPacketBytes),
       unused_(samplesPerPacket) {}
 
 MpegDecoder::~MpegDecoder() = default;
@@ -141,11 +144,11 @@ Result<std::uint64_t> MpegDecoder::reservoirStart(std::uint64_t packet) {
     if (!bytes) return bytes.failure();
     const auto header = parseMpegHeader(*bytes);
     if (!header || header->layer != 3) return packet;
-    std::uint64_t missing = reservoirBytes(*header, *bytes);
+    std::uint64_t missing = parseMpegSideInfo(*header, *bytes).reservoirBytes;
     const std::uint64_t limit = packet - std::min(packet, kMaxReservoirPackets);
     while (missing > 0 && packet > limit) {
         --packet;
-        const std::uint64_t given = soundBytes(*header, stream_->packets[packet].bytes());
+        const std::uint64_t given = leastSoundBytes(*header, stream_->packets[packet].bytes());
         missing -= std::min(missing, given);
     }
     return packet;
@@ -161,31 +164,48 @@ bool MpegDecoder::restart(std::uint64_t packet) {
     return isOpen_;
 }
 
-// Hands a packet to the library, with as many bytes as its header states: where the stream cuts it
-// short, the rest is zeros.
-//
-// A packet whose bits start before those that the library was given cannot be decoded. The library
-// would give up on it half-way, and its filterbank would be out of step for the rest of the run; so
-// its side information is blanked, which makes it silence that still fills the reservoir.
+// Hands a packet to the library; behind the last one, a header, by which it measures the last
+// packet of a free-format stream.
 bool MpegDecoder::feed(std::uint64_t packet) {
+    if (packet == stream_->packets.size()) return feedBytes(silence_);
     const auto bytes = packetBytes(packet);
-    if (!bytes) return false;
-    Bytes whole = *bytes;
-    if (const auto header = parseMpegHeader(whole)) {
-        const std::uint32_t statedBytes = header->packetBytes(stream_->freeFormatBytes);
-        const bool lacksBits =
-            header->layer == 3 && reservoirBytes(*header, whole) > reservoirBytes_;
-        if (statedBytes != whole.size() || lacksBits) {
-            std::fill(std::copy(whole.begin(), whole.end(), mended_.begin()), mended_.end(),
-                      std::byte{0});
-            if (lacksBits) blankSideInfo(*header, mended_, reservoirBytes_);
-            whole = Bytes(mended_).first(statedBytes);
-        }
-        reservoirBytes_ = std::min(reservoirBytes_ + soundBytes(*header, whole.size()),
-                                   maxReservoirBytes(*header));
+    return bytes && feedBytes(mended(*bytes));
+}
+
+bool MpegDecoder::feedBytes(Bytes bytes) {
+    return mpg123_feed(handle_.get(), reinterpret_cast<const unsigned char*>(bytes.data()),
+                       bytes.size()) == MPG123_OK;
+}
+
+// The packet as the library gets it. It gives up half-way on a packet that it cannot decode, and
+// its filterbank is then out of step for the rest of the run; so it is not given such a packet.
+//
+// What is no packet of the stream is replaced by silence. One that the stream cuts short is filled
+// up with zeros. And a layer III packet whose side information is damaged, or whose bits start
+// before those that the library was given, has its side information blanked, which makes it silence
+// that still fills the reservoir.
+Bytes MpegDecoder::mended(Bytes packet) {
+    const auto header = parseMpegHeader(packet);
+    const bool isOurs = header && header->agreesWith(*parseMpegHeader(silence_));
+    if (!isOurs) packet = silence_;
+    const MpegHeader stated = *parseMpegHeader(packet);
+    const std::uint32_t statedBytes = stated.packetBytes(stream_->freeFormatBytes);
+    const std::uint64_t ownBytes = soundBytes(stated, statedBytes);
+    bool isSound = isOurs;
+    if (stated.layer == 3) {
+        const MpegSideInfo info = parseMpegSideInfo(stated, packet);
+        isSound = isOurs && info.isLegal && info.reservoirBytes <= reservoirBytes_ &&
+                  info.soundBits <= 8 * (info.reservoirBytes + ownBytes);
     }
-    return mpg123_feed(handle_.get(), reinterpret_cast<const unsigned char*>(whole.data()),
-                       whole.size()) == MPG123_OK;
+    if (!isSound || statedBytes != packet.size()) {
+        std::fill(std::copy(packet.begin(), packet.end(), mended_.begin()), mended_.end(),
+                  std::byte{0});
+        if (stated.layer == 3 && !isSound) blankSideInfo(stated, mended_, reservoirBytes_);
+        packet = Bytes(mended_).first(statedBytes);
+    }
+    reservoirBytes_ = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(reservoirBytes_ + ownBytes, maxReservoirBytes(stated)));
+    return packet;
 }
 
 // Decodes the next packet. What the library cannot make sense of is silence.
@@ -193,8 +213,10 @@ bool MpegDecoder::decodeNext(float* samples) {
     unsigned char* decoded = nullptr;
     std::size_t decodedBytes = 0;
     int status = MPG123_NEED_MORE;
+    const bool looksAhead = stream_->freeFormatBytes != 0;
     const std::uint64_t last =
-        std::min<std::uint64_t>(nextPacket_ + kMaxPacketsAhead, stream_->packets.size() - 1);
+        std::min<std::uint64_t>(nextPacket_ + (looksAhead ? kMaxPacketsAhead : 0),
+                                stream_->packets.size() - (looksAhead ? 0 : 1));
     for (;;) {
         if (status == MPG123_NEED_MORE) {
             if (nextToFeed_ > last) break;

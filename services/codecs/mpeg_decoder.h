@@ -22,8 +22,9 @@ namespace atdp::services {
 // come out bit for bit.
 class MpegDecoder final : public PacketDecoder {
  public:
-    // The stream has at least one packet. All packets are delivered with the channel count of the
-    // first. kUnsupportedFormat when the library is not to be had.
+    // All packets are delivered with the channel count of the
+    // first. kUnsupportedFormat when the library is not to be had, kUnreadable when the first
+    // packet is not.
     static Result<std::unique_ptr<PacketDecoder>> make(std::shared_ptr<ByteSource> source,
                                                        std::shared_ptr<const MpegPackets> stream,
                                                        std::uint32_t rate, std::uint32_t channels,
@@ -45,18 +46,22 @@ class MpegDecoder final : public PacketDecoder {
     Result<std::uint64_t> firstPacketFor(std::uint64_t packet);
     Result<std::uint64_t> reservoirStart(std::uint64_t packet);
     bool restart(std::uint64_t packet);
+    bool makeSilence();
     bool feed(std::uint64_t packet);
+    bool feedBytes(Bytes bytes);
+    Bytes mended(Bytes packet);
     bool decodeNext(float* samples);
 
     BlockReader blocks_;
     std::shared_ptr<const MpegPackets> stream_;
     std::size_t samplesPerPacket_;
     Handle handle_;
+    std::vector<std::byte> silence_;    // a packet
     std::vector<std::byte> mended_;     // a packet that cannot be handed over as it is
     std::vector<float> unused_;         // samples of packets decoded on the way to another
     std::uint64_t nextPacket_ = 0;      // that decodeNext decodes
     std::uint64_t nextToFeed_ = 0;      // ahead of nextPacket_ where the library looks ahead
-    std::uint64_t reservoirBytes_ = 0;  // bytes before nextToFeed_ that the library has
+    std::uint32_t reservoirBytes_ = 0;  // bytes before nextToFeed_ that the library has
     bool isOpen_ = false;
 };
 

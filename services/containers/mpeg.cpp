@@ -12,7 +12,7 @@
 namespace atdp::services {
 namespace {
 
-constexpr std::uint64_t kTagHeadBytes = 10;
+constexpr std::uint64_t kTagHeadBytes = 32;
 
 // Kinds of files that hold other files or films as they are, MPEG audio among them, without being
 // MPEG audio: what is found inside them is not theirs to play.
@@ -33,7 +33,7 @@ constexpr std::string_view kForeignStarts[] = {"PK\x03\x04",
                                                "\x1A\x45\xDF\xA3",
                                                "%PDF",
                                                "\x1F\x8B",
-                                               "MZ",
+                                               "MZ\x90",
                                                "\x30\x26\xB2\x75"};
 
 bool isForeign(Bytes head) {
@@ -53,7 +53,7 @@ struct Front {
 // is not skipped: the sound is searched for within it.
 Result<Front> tagsInFront(ByteSource& source) {
     Front front;
-    for (;;) {
+    for (std::size_t tags = 0; tags < kMaxTagsInARow; ++tags) {
         std::array<std::byte, kTagHeadBytes> head;
         const auto got = source.readAt(front.end, head);
         if (!got) return got.failure();
@@ -63,6 +63,7 @@ Result<Front> tagsInFront(ByteSource& source) {
             front.firstId3Tag = {front.end, bytes};
         front.end += bytes;
     }
+    return front;
 }
 
 std::uint32_t formatFor(const MpegHeader& header) {
@@ -99,7 +100,8 @@ Result<SoundDescription> describeRange(ByteSource& source, ByteRange range,
     return sound;
 }
 
-// Collects the packets of a stream, from its first frame to the end of the range.
+// Collects the packets of a stream, from its first frame to the end of the range, or as many as
+// limits.h allows.
 class PacketWalk {
  public:
     PacketWalk(MpegScanner& scanner, const MpegStream& stream)
@@ -109,10 +111,11 @@ class PacketWalk {
 
     Result<MpegPackets> run() {
         std::uint64_t offset = scanner_.range().offset;
-        while (offset < scanner_.range().end()) {
+        while (offset < scanner_.range().end() && found_.packets.size() < kMaxMpegPackets) {
             const auto frame = scanner_.frameAt(offset, stream_);
             if (!frame) return frame.failure();
             const bool isWhole = *frame && (*frame)->end() <= scanner_.range().end();
+            endIsTorn_ = *frame && !isWhole;
             const auto next = isWhole ? addFrame(**frame) : skipOther(offset);
             if (!next) return next.failure();
             offset = *next;
@@ -135,8 +138,7 @@ class PacketWalk {
     }
 
     // Where the stream goes on after bytes that are no frame of it: behind a tag, or at the next
-    // frame. The last packet may be the damaged one, its header claiming too much: then the next
-    // frame starts within it.
+    // frame.
     Result<std::uint64_t> skipOther(std::uint64_t offset) {
         const std::uint64_t end = scanner_.range().end();
         const auto bytes = scanner_.at(offset, kTagHeadBytes);
@@ -150,11 +152,23 @@ class PacketWalk {
         const auto frame = scanner_.findFrame(from, stream_);
         if (!frame) return frame.failure();
         if (!*frame) return end;
-        if (followsPacket && (*frame)->offset < offset) {
-            const std::uint64_t last = found_.packets.back().offset();
-            found_.packets.back() = {last, (*frame)->offset - last};
-        }
+        if (followsPacket) mendBefore(**frame, offset);
         return (*frame)->offset;
+    }
+
+    // The last packet may be the damaged one, its header claiming too much: then the next frame
+    // starts within it. Or one packet's header is damaged: then there is just room for it in
+    // between.
+    void mendBefore(const MpegFrame& next, std::uint64_t offset) {
+        const MpegPacket last = found_.packets.back();
+        if (next.offset < offset) {
+            found_.packets.back() = {last.offset(), next.offset - last.offset()};
+            return;
+        }
+        const std::uint64_t gap = next.offset - offset;
+        const std::uint32_t padding = stream_.header.paddingBytes();
+        if (gap + padding >= last.bytes() && gap <= last.bytes() + padding)
+            found_.packets.emplace_back(offset, gap);
     }
 
     // Believes the encoder's counts where the packets bear them out. A file that was cut short has
@@ -162,7 +176,8 @@ class PacketWalk {
     void applyCounts() {
         if (!info_ || (info_->delayFrames == 0 && info_->paddingFrames == 0)) return;
         const std::uint64_t packets = found_.packets.size();
-        const bool isCutShort = info_->packets > packets + 1;
+        // Some writers count their own frame in.
+        const bool isCutShort = info_->packets > packets + (endIsTorn_ ? 0 : 1);
         const std::uint32_t priming = info_->delayFrames + kDecoderDelayFrames;
         const std::uint32_t padding = isCutShort ? 0 : info_->paddingFrames;
         const std::uint32_t remainder =
@@ -183,6 +198,7 @@ class PacketWalk {
     MpegStream stream_;
     MpegPackets found_;
     std::optional<MpegInfoFrame> info_;
+    bool endIsTorn_ = false;  // the last frame goes on behind the end
 };
 
 }  // namespace

@@ -23,7 +23,7 @@ std::uint32_t tagAt(Bytes packet, std::size_t offset) {
 // The extension starts with the encoder's name and version, "LAME3.100" or "Lavc58.54".
 bool isEncoderName(Bytes name) {
     return !name.empty() && std::all_of(name.begin(), name.begin() + 4, [](std::byte byte) {
-        return std::isalnum(std::to_integer<unsigned char>(byte)) != 0;
+        return std::isgraph(std::to_integer<unsigned char>(byte)) != 0;
     });
 }
 

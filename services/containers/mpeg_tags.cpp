@@ -6,12 +6,14 @@
 #include <optional>
 #include <string_view>
 
+#include "services/limits.h"
+
 namespace atdp::services {
 namespace {
 
 constexpr std::uint64_t kId3v1Bytes = 128;
 constexpr std::uint64_t kId3v1ExtensionBytes = 227;
-constexpr std::uint64_t kId3v2HeaderBytes = 10;  // and as many for a footer
+constexpr std::uint64_t kId3v2HeaderBytes = 10;  // and as many for a footer, in 2.4
 constexpr std::uint64_t kApeHeaderBytes = 32;    // and as many for a footer
 constexpr std::uint64_t kMaxOldLyricsBytes = 5120;
 
@@ -61,66 +63,81 @@ class Tail {
     std::array<std::byte, kMaxOldLyricsBytes> buffer_;
 };
 
-// Each answers the bytes of its kind of tag at the end of `bytes`, 0 when there is none.
-std::uint64_t id3v1Bytes(Bytes bytes) {
-    if (bytes.size() < kId3v1Bytes || !textOf(bytes.last(kId3v1Bytes)).starts_with("TAG")) return 0;
+// A tag at the end of a file.
+struct TailTag {
+    std::uint64_t bytes = 0;         // as it claims; 0 when there is no tag
+    std::uint64_t visibleBytes = 0;  // the mark by which it was found
+};
+
+// Each looks for its kind of tag at the end of `bytes`.
+TailTag id3v1(Bytes bytes) {
+    if (bytes.size() < kId3v1Bytes || !textOf(bytes.last(kId3v1Bytes)).starts_with("TAG"))
+        return {};
     const std::uint64_t extended = kId3v1Bytes + kId3v1ExtensionBytes;
     const bool isExtended =
         bytes.size() >= extended && textOf(bytes.last(extended)).starts_with("TAG+");
-    return isExtended ? extended : kId3v1Bytes;
+    return {isExtended ? extended : kId3v1Bytes, kId3v1Bytes};
 }
 
-std::uint64_t apeBytes(Bytes bytes) {
-    if (bytes.size() < kApeHeaderBytes) return 0;
+TailTag ape(Bytes bytes) {
+    if (bytes.size() < kApeHeaderBytes) return {};
     const Bytes footer = bytes.last(kApeHeaderBytes);
-    if (!textOf(footer).starts_with("APETAGEX")) return 0;
+    if (!textOf(footer).starts_with("APETAGEX")) return {};
     const auto size = loadLittleEndian<std::uint32_t>(footer.data() + 12);  // with the footer
     const auto flags = loadLittleEndian<std::uint32_t>(footer.data() + 20);
     const bool hasHeader = (flags >> 31) != 0;
-    return std::max<std::uint64_t>(size, kApeHeaderBytes) + (hasHeader ? kApeHeaderBytes : 0);
+    return {std::max<std::uint64_t>(size, kApeHeaderBytes) + (hasHeader ? kApeHeaderBytes : 0),
+            kApeHeaderBytes};
 }
 
-std::uint64_t lyricsBytes(Bytes bytes) {
+TailTag lyrics(Bytes bytes) {
     constexpr std::size_t kSizeDigits = 6;
+    constexpr std::size_t kMarkBytes = 9;
     const std::string_view text = textOf(bytes);
-    if (text.ends_with("LYRICS200") && text.size() >= 9 + kSizeDigits) {
-        const std::string_view digits = text.substr(text.size() - 9 - kSizeDigits, kSizeDigits);
+    if (text.ends_with("LYRICS200") && text.size() >= kMarkBytes + kSizeDigits) {
+        const std::string_view digits =
+            text.substr(text.size() - kMarkBytes - kSizeDigits, kSizeDigits);
         std::uint64_t size = 0;
         std::from_chars(digits.data(), digits.data() + digits.size(), size);
-        return size + kSizeDigits + 9;
+        return {size + kSizeDigits + kMarkBytes, kSizeDigits + kMarkBytes};
     }
-    if (!text.ends_with("LYRICSEND")) return 0;
     const std::size_t begin = text.rfind("LYRICSBEGIN");
-    return begin == std::string_view::npos ? 9 : text.size() - begin;
+    if (!text.ends_with("LYRICSEND") || begin == std::string_view::npos) return {};
+    return {text.size() - begin, kMarkBytes};
 }
 
-std::uint64_t appendedId3v2Bytes(Bytes bytes) {
-    if (bytes.size() < kId3v2HeaderBytes) return 0;
+TailTag appendedId3v2(Bytes bytes) {
+    if (bytes.size() < kId3v2HeaderBytes) return {};
     const auto body = id3v2BodyBytes(bytes.last(kId3v2HeaderBytes), "3DI");
-    return body ? *body + 2 * kId3v2HeaderBytes : 0;
+    if (!body) return {};
+    return {*body + 2 * kId3v2HeaderBytes, kId3v2HeaderBytes};
 }
 
 }  // namespace
 
 std::uint64_t bytesOfTagAt(Bytes head) {
     if (const auto body = id3v2BodyBytes(head, "ID3")) {
-        const bool hasFooter = (std::to_integer<unsigned>(head[5]) & 0x10) != 0;
+        const bool hasFooter =
+            head[3] == std::byte{4} && (std::to_integer<unsigned>(head[5]) & 0x10) != 0;
         return *body + kId3v2HeaderBytes * (hasFooter ? 2 : 1);
     }
+    if (head.size() >= kApeHeaderBytes && textOf(head).starts_with("APETAGEX"))
+        return kApeHeaderBytes + loadLittleEndian<std::uint32_t>(head.data() + 12);
     return textOf(head).starts_with("TAG") ? kId3v1Bytes : 0;
 }
 
 Result<std::uint64_t> endBeforeTags(ByteSource& source, std::uint64_t start, std::uint64_t end) {
     Tail tail(source, start, end);
-    for (;;) {
+    for (std::size_t tags = 0; tags < kMaxTagsInARow; ++tags) {
         const auto bytes = tail.last(std::min(tail.bytes(), kMaxOldLyricsBytes));
         if (!bytes) return bytes.failure();
-        std::uint64_t tagBytes = 0;
-        for (const auto measure : {id3v1Bytes, apeBytes, lyricsBytes, appendedId3v2Bytes})
-            if (tagBytes == 0) tagBytes = measure(*bytes);
-        if (tagBytes == 0) return tail.end();
-        tail.shorten(tagBytes <= tail.bytes() ? tagBytes : kApeHeaderBytes);
+        TailTag tag;
+        for (const auto find : {id3v1, ape, lyrics, appendedId3v2})
+            if (tag.bytes == 0) tag = find(*bytes);
+        if (tag.bytes == 0) break;
+        tail.shorten(tag.bytes <= tail.bytes() ? tag.bytes : tag.visibleBytes);
     }
+    return tail.end();
 }
 
 }  // namespace atdp::services

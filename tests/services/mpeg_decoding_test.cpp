@@ -107,6 +107,24 @@ TEST(MpegDecodingOfLayer1, SeeksExactly) {
     expectSeeksEqualAStraightRun(file.path(), 2);
 }
 
+// A packet that cannot be decoded is silence, and nothing after it is out of step.
+TEST(MpegDecodingOfDamagedFiles, SeeksAsExactly) {
+    std::string bytes = bytesOf(dataFile("layer3-cbr128.mp3"));
+    for (std::size_t packet = 20; packet < 140; packet += 30)
+        for (std::size_t i = 0; i < 200; ++i) bytes[packet * 418 + i] = static_cast<char>(i * 7);
+    const TemporaryFile file(bytes);
+    expectSeeksEqualAStraightRun(file.path(), 2);
+}
+
+// The library measures the last packet by the one behind it, which is not there.
+TEST(MpegDecodingOfFreeFormat, EndsInSound) {
+    auto file = SoundFile::open(dataFile("layer3-free.mp3"));
+    auto reader = (*file)->makeReader();
+    (*reader)->seek(*(*file)->lengthInFrames() - 1152);
+    const auto samples = read(**reader, 2, 400);
+    EXPECT_TRUE(std::any_of(samples.begin(), samples.end(), [](float s) { return s != 0; }));
+}
+
 // Flipped bits and cuts anywhere: it plays as far as it can, with the length that was announced,
 // or is refused.
 TEST(MpegDecodingOfDamagedFiles, GoesOn) {
