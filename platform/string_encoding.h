@@ -26,7 +26,8 @@ inline constexpr NSStringEncoding NSMacOSRomanStringEncoding = 30;
 inline constexpr NSStringEncoding NSUTF16BigEndianStringEncoding = 0x90000100;
 
 // The text that the bytes are in that encoding, as UTF-8. An encoding accepts or refuses a run of
-// bytes whole: none where one byte does not belong. Any thread. May throw std::bad_alloc.
+// bytes whole: none where one byte does not belong. A leading byte order mark is not part of the
+// text. Any thread. May throw std::bad_alloc.
 std::optional<std::string> stringWithBytes(std::span<const std::byte> bytes,
                                            NSStringEncoding encoding);
 

@@ -1,11 +1,15 @@
 #include "platform/audio_file.h"
 
+#include <algorithm>
 #include <cstring>
+#include <memory>
 #include <optional>
+#include <vector>
 
 #include "services/core_foundation_object.h"
 #include "services/edge.h"
 #include "services/handle_table.h"
+#include "services/limits.h"
 #include "services/tags/information.h"
 
 namespace atdp::services {
@@ -31,13 +35,19 @@ OSStatus getGaplessCounts(SoundFile& sound, std::uint32_t* dataBytes, void* data
     return copyProperty(&**counts, sizeof(**counts), dataBytes, data);
 }
 
+// Copies a part of the file out: the room must be exactly its size.
+OSStatus copyRange(SoundFile& sound, ByteRange range, std::uint32_t* dataBytes, void* data) {
+    if (dataBytes == nullptr || data == nullptr) return kStatusInvalidParameter;
+    if (*dataBytes != range.bytes) return kStatusWrongPropertySize;
+    const auto got =
+        sound.source().readAt(range.offset, {static_cast<std::byte*>(data), range.bytes});
+    return got && *got == range.bytes ? noErr : kStatusIoError;
+}
+
 OSStatus getId3Tag(SoundFile& sound, std::uint32_t* dataBytes, void* data) {
     const ByteRange tag = sound.description().id3Tag;
-    if (tag.bytes == 0) return kStatusUnknownProperty;
-    if (dataBytes == nullptr || data == nullptr) return kStatusInvalidParameter;
-    if (*dataBytes != tag.bytes) return kStatusWrongPropertySize;
-    const auto got = sound.source().readAt(tag.offset, {static_cast<std::byte*>(data), tag.bytes});
-    return got && *got == tag.bytes ? noErr : kStatusIoError;
+    if (tag.bytes == 0 || tag.bytes > kMaxTagBytes) return kStatusUnknownProperty;
+    return copyRange(sound, tag, dataBytes, data);
 }
 
 bool isMpegFile(const SoundFile& sound) {
@@ -46,9 +56,21 @@ bool isMpegFile(const SoundFile& sound) {
 }
 
 OSStatus getInformation(SoundFile& sound, std::uint32_t* dataBytes, void* data) {
-    if (!isMpegFile(sound)) return kStatusUnknownProperty;
-    return copyDictionary(std::make_unique<CFDictionary>(readMpegInformation(sound.source())),
-                          dataBytes, data);
+    const TextMap information =
+        isMpegFile(sound) ? readMpegInformation(sound.source())
+                          : readChunkInformation(sound.source(), sound.description().tagChunks);
+    return copyDictionary(std::make_unique<CFDictionary>(information), dataBytes, data);
+}
+
+// The user data items of a type: none but in WAVE files.
+std::vector<ByteRange> userData(const SoundFile& sound, std::uint32_t type) {
+    std::vector<ByteRange> items;
+    if (sound.description().fileType != kAudioFileWAVEType) return items;
+    for (const TagChunk& chunk : sound.description().tagChunks)
+        if (chunk.identifier == type)
+            items.push_back(
+                {chunk.body.offset, std::min<std::uint64_t>(chunk.body.bytes, kMaxTagBytes)});
+    return items;
 }
 
 OSStatus getProperty(SoundFile& sound, std::uint32_t property, std::uint32_t* dataBytes,
@@ -80,11 +102,10 @@ std::optional<std::uint32_t> propertyBytes(SoundFile& sound, std::uint32_t prope
         }
         case kAudioFilePropertyID3Tag: {
             const std::uint64_t bytes = sound.description().id3Tag.bytes;
-            if (bytes == 0) return std::nullopt;
+            if (bytes == 0 || bytes > kMaxTagBytes) return std::nullopt;
             return static_cast<std::uint32_t>(bytes);
         }
         case kAudioFilePropertyInfoDictionary:
-            if (!isMpegFile(sound)) return std::nullopt;
             return sizeof(CFDictionaryRef);
         default:
             return std::nullopt;
@@ -141,5 +162,32 @@ OSStatus AudioFileGetPropertyInfo(AudioFileID file, std::uint32_t property,
         if (dataBytes != nullptr) *dataBytes = *bytes;
         if (isWritable != nullptr) *isWritable = 0;
         return noErr;
+    });
+}
+
+OSStatus AudioFileCountUserData(AudioFileID file, std::uint32_t type, std::uint32_t* count) {
+    return withFile(file, [&](SoundFile& sound) -> OSStatus {
+        if (count == nullptr) return kStatusInvalidParameter;
+        *count = static_cast<std::uint32_t>(userData(sound, type).size());
+        return noErr;
+    });
+}
+
+OSStatus AudioFileGetUserDataSize(AudioFileID file, std::uint32_t type, std::uint32_t index,
+                                  std::uint32_t* dataBytes) {
+    return withFile(file, [&](SoundFile& sound) -> OSStatus {
+        const auto items = userData(sound, type);
+        if (index >= items.size() || dataBytes == nullptr) return kStatusInvalidParameter;
+        *dataBytes = static_cast<std::uint32_t>(items[index].bytes);
+        return noErr;
+    });
+}
+
+OSStatus AudioFileGetUserData(AudioFileID file, std::uint32_t type, std::uint32_t index,
+                              std::uint32_t* dataBytes, void* data) {
+    return withFile(file, [&](SoundFile& sound) -> OSStatus {
+        const auto items = userData(sound, type);
+        if (index >= items.size()) return kStatusInvalidParameter;
+        return copyRange(sound, items[index], dataBytes, data);
     });
 }

@@ -36,7 +36,12 @@ inline constexpr std::size_t kWalkBlockBytes = 256 * 1024;
 // text or a torn tag there; a file without a packet in its first megabyte is something else.
 inline constexpr std::uint64_t kMaxLeadingJunkBytes = 1024 * 1024;
 
-// The largest packet of free-format MPEG audio: four times what the highest stated bit rate gives.
+// Packets of one MPEG stream: 121 hours at 44.1 kHz. A hostile file can hold packets of a few bytes
+// each, and all are kept in memory.
+inline constexpr std::size_t kMaxMpegPackets = 16 * 1024 * 1024;
+
+// The largest packet of free-format MPEG audio: nearly three times the largest that a stated bit
+// rate gives, 2,880 bytes.
 inline constexpr std::uint32_t kMaxFreeFormatBytes = 8 * 1024;
 
 // Bytes kept at hand behind a place that may be a frame, so that the frames which must follow it
@@ -58,7 +63,11 @@ inline constexpr std::size_t kMaxTagEntryBytes = 64 * 1024;
 inline constexpr std::size_t kMaxTagTextBytes = 1024 * 1024;
 inline constexpr std::size_t kMaxTagEntries = 1024;
 
-// ID3v2 tags that follow each other at the start of a file; more than two are a damaged file.
+// Chunks of tags of one file that are looked at. Clients ask for them one by one.
+inline constexpr std::size_t kMaxTagChunks = 4096;
+
+// Tags that follow each other at the start or the end of a file; more than a few are a damaged
+// file.
 inline constexpr std::size_t kMaxTagsInARow = 16;
 
 }  // namespace atdp::services

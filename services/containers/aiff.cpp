@@ -4,9 +4,12 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "services/containers/chunk_walk.h"
 #include "services/containers/linear_pcm.h"
+#include "services/limits.h"
 
 namespace atdp::services {
 namespace {
@@ -26,6 +29,7 @@ struct CommonChunk {
 struct AiffChunks {
     std::optional<CommonChunk> common;
     std::optional<ByteRange> sound;
+    std::vector<TagChunk> tagChunks;
 };
 
 // An 80-bit extended number (IEEE 754, 15 bits of exponent, explicit integer bit). Rates are
@@ -77,6 +81,11 @@ bool isStreamed(const Chunk& chunk, std::uint32_t formBytes) {
            (formBytes == kUnknownSize || std::uint64_t{formBytes} + 8 <= chunk.body.offset);
 }
 
+bool isTagChunk(std::uint32_t identifier) {
+    return identifier == fourCharCode("NAME") || identifier == fourCharCode("AUTH") ||
+           identifier == fourCharCode("ANNO") || identifier == fourCharCode("ID3 ");
+}
+
 Result<AiffChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bool compressed) {
     ChunkWalk walk(source, kFormHeaderBytes, ByteOrder::kBigEndian);
     AiffChunks chunks;
@@ -94,6 +103,8 @@ Result<AiffChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bo
             const auto sound = readSound(source, chunk);
             if (!sound) return sound.failure();
             chunks.sound = *sound;
+        } else if (isTagChunk(chunk.identifier) && chunks.tagChunks.size() < kMaxTagChunks) {
+            chunks.tagChunks.push_back({chunk.identifier, chunk.body});
         }
     }
 }
@@ -159,6 +170,18 @@ Result<SoundDescription> describeOther(std::uint32_t fileType, const CommonChunk
     return sound;
 }
 
+Result<SoundDescription> describeFormat(std::uint32_t fileType, const CommonChunk& common,
+                                        ByteRange data) {
+    const auto pcm = linearPcmFor(common);
+    if (!pcm) return describeOther(fileType, common, data);
+    // The frame count ends the sound where the chunk is longer; 0 is a writer that never came back
+    // to fill it in.
+    if (common.frames > 0)
+        data.bytes = std::min(data.bytes,
+                              std::uint64_t{common.frames} * pcm->channels * pcm->bytesPerSample);
+    return describeLinearPcm(fileType, *pcm, data);
+}
+
 }  // namespace
 
 bool isAiff(Bytes head) {
@@ -179,21 +202,15 @@ Result<SoundDescription> describeAiff(ByteSource& source) {
     const auto formBytes = cursor.bigEndian<std::uint32_t>();
     const auto fileType = cursor.bigEndian<std::uint32_t>();
 
-    const auto chunks = collectChunks(source, formBytes, fileType == kAudioFileAIFCType);
+    auto chunks = collectChunks(source, formBytes, fileType == kAudioFileAIFCType);
     if (!chunks) return chunks.failure();
     if (!chunks->common) return Failure::kDamaged;
     const CommonChunk& common = *chunks->common;
     if (!chunks->sound && common.frames > 0) return Failure::kDamaged;
-    ByteRange data = chunks->sound.value_or(ByteRange{});
-
-    const auto pcm = linearPcmFor(common);
-    if (!pcm) return describeOther(fileType, common, data);
-    // The frame count ends the sound where the chunk is longer; 0 is a writer that never came back
-    // to fill it in.
-    if (common.frames > 0)
-        data.bytes = std::min(data.bytes,
-                              std::uint64_t{common.frames} * pcm->channels * pcm->bytesPerSample);
-    return describeLinearPcm(fileType, *pcm, data);
+    const ByteRange data = chunks->sound.value_or(ByteRange{});
+    auto sound = describeFormat(fileType, common, data);
+    if (sound) sound->tagChunks = std::move(chunks->tagChunks);
+    return sound;
 }
 
 }  // namespace atdp::services

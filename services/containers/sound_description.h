@@ -2,11 +2,18 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "platform/core_audio_types.h"
 #include "services/io/byte_source.h"
 
 namespace atdp::services {
+
+// A chunk that says something of the sound: 'LIST' and 'id3 ' of WAVE, the text chunks of AIFF.
+struct TagChunk {
+    std::uint32_t identifier;
+    ByteRange body;
+};
 
 struct SoundDescription {
     std::uint32_t fileType = 0;            // kAudioFile...Type
@@ -16,6 +23,8 @@ struct SoundDescription {
     // Frames of linear PCM from the start to the end of data. Compressed sound has to be walked
     // over to tell.
     std::uint64_t frames = 0;
+
+    std::vector<TagChunk> tagChunks;  // in file order
 
     ByteRange id3Tag;  // the ID3v2 tag at the start of an MPEG file; empty where there is none
 };

@@ -4,10 +4,13 @@
 #include <array>
 #include <limits>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "services/containers/chunk_walk.h"
 #include "services/containers/linear_pcm.h"
 #include "services/containers/mpeg.h"
+#include "services/limits.h"
 
 namespace atdp::services {
 namespace {
@@ -41,6 +44,7 @@ struct WaveFormat {
 struct WaveChunks {
     std::optional<WaveFormat> format;
     std::optional<ByteRange> data;
+    std::vector<TagChunk> tagChunks;
 };
 
 // Sizes of an RF64 or BW64 file that do not fit 32 bits.
@@ -125,6 +129,10 @@ std::uint64_t dataBytes(const Chunk& chunk, std::uint64_t formBytes,
     return bytes == kUnknownSize || (bytes == 0 && formIsOpen) ? kToTheEnd : bytes;
 }
 
+bool isTagChunk(std::uint32_t identifier) {
+    return identifier == fourCharCode("LIST") || identifier == fourCharCode("id3 ");
+}
+
 Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bool largeForm) {
     ChunkWalk walk(source, kFormHeaderBytes, ByteOrder::kLittleEndian);
     std::optional<LargeSizes> largeSizes;
@@ -145,6 +153,8 @@ Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bo
         } else if (chunk.identifier == fourCharCode("data") && !chunks.data) {
             walk.resize(chunk, dataBytes(chunk, formBytes, largeSizes));
             chunks.data = chunk.body;
+        } else if (isTagChunk(chunk.identifier) && chunks.tagChunks.size() < kMaxTagChunks) {
+            chunks.tagChunks.push_back({chunk.identifier, chunk.body});
         }
     }
 }
@@ -186,6 +196,24 @@ Result<SoundDescription> describeOther(std::uint32_t fileType, const WaveFormat&
     return sound;
 }
 
+// The sound of a file whose chunks are known.
+Result<SoundDescription> describeFormat(ByteSource& source, std::uint32_t fileType,
+                                        const WaveFormat& format, ByteRange data) {
+    switch (format.tag) {
+        case kTagPcm:
+        case kTagFloat:
+            return describePcm(fileType, format, data);
+        case kTagMpeg:
+        case kTagMpegLayer3: {
+            const auto sound = describeMpegData(source, fileType, data);
+            if (sound || sound.failure() != Failure::kUnknownFileType) return sound;
+            return Failure::kDamaged;
+        }
+        default:
+            return describeOther(fileType, format, data);
+    }
+}
+
 }  // namespace
 
 bool isWave(Bytes head) {
@@ -204,19 +232,13 @@ Result<SoundDescription> describeWave(ByteSource& source) {
     const bool largeForm = isLargeForm(cursor.bigEndian<std::uint32_t>());
     const auto formBytes = cursor.littleEndian<std::uint32_t>();
 
-    const auto chunks = collectChunks(source, formBytes, largeForm);
+    auto chunks = collectChunks(source, formBytes, largeForm);
     if (!chunks) return chunks.failure();
     if (!chunks->format || !chunks->data) return Failure::kDamaged;
     const std::uint32_t fileType = largeForm ? kAudioFileRF64Type : kAudioFileWAVEType;
-    const std::uint16_t tag = chunks->format->tag;
-    if (tag == kTagPcm || tag == kTagFloat)
-        return describePcm(fileType, *chunks->format, *chunks->data);
-    if (tag == kTagMpeg || tag == kTagMpegLayer3) {
-        const auto sound = describeMpegData(source, fileType, *chunks->data);
-        if (sound || sound.failure() != Failure::kUnknownFileType) return sound;
-        return Failure::kDamaged;
-    }
-    return describeOther(fileType, *chunks->format, *chunks->data);
+    auto sound = describeFormat(source, fileType, *chunks->format, *chunks->data);
+    if (sound) sound->tagChunks = std::move(chunks->tagChunks);
+    return sound;
 }
 
 }  // namespace atdp::services

@@ -12,6 +12,8 @@
 #include <utility>
 
 #include "services/tags/text.h"
+#include "services/text/utf16.h"
+#include "services/text/utf8.h"
 
 // TagLib is given one plain frame at a time, all text in UTF-8. Of a whole tag it would inflate
 // compressed frames without bound, and follow nested ones until the stack is full; and the handlers

@@ -2,6 +2,9 @@
 // where known "genre", "year", "comments", "composer".
 #pragma once
 
+#include <vector>
+
+#include "services/containers/sound_description.h"
 #include "services/io/byte_source.h"
 #include "services/text_map.h"
 
@@ -11,5 +14,8 @@ namespace atdp::services {
 // then an APE and an ID3v1 tag at the end. What cannot be read is left out. Only the tags
 // themselves are read, however large the file is.
 TextMap readMpegInformation(ByteSource& source);
+
+// Of a WAVE or AIFF file, by its chunks of tags: ID3v2 first, then the others in file order.
+TextMap readChunkInformation(ByteSource& source, const std::vector<TagChunk>& chunks);
 
 }  // namespace atdp::services

@@ -2,11 +2,8 @@
 // say.
 #pragma once
 
-#include <bit>
 #include <string>
 #include <string_view>
-
-#include "services/io/byte_cursor.h"
 
 namespace atdp::services {
 
@@ -16,15 +13,7 @@ namespace atdp::services {
 // controls.
 std::string fromUtf8OrWindows1252(std::string_view bytes);
 
-// UTF-16, in the given order until a byte order mark says otherwise; marks are dropped wherever
-// they stand. A lone surrogate becomes U+FFFD, a last odd byte is dropped.
-std::string fromUtf16(Bytes bytes, std::endian order);
-
 // The values that NULs separate, without empty ones, as "A; B".
 std::string joinedValues(std::string_view values);
-
-inline std::string_view charactersOf(Bytes bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
 
 }  // namespace atdp::services

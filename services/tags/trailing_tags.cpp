@@ -8,6 +8,7 @@
 
 #include "services/limits.h"
 #include "services/tags/text.h"
+#include "services/text/utf8.h"
 
 namespace atdp::services {
 namespace {

@@ -1,0 +1,56 @@
+#include "services/tags/information_parts.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "services/limits.h"
+
+namespace atdp::services {
+namespace {
+
+// The comment that a person wrote: the one without a description, else the first that is not a
+// record of a program.
+std::string commentOf(const TextMap& comments) {
+    for (const auto& [description, text] : comments)  // in order, the empty one first
+        if (!description.starts_with("iTun")) return text;
+    return {};
+}
+
+// The year of a date such as 2004-05-06; what does not start as one stays as it is.
+std::string yearOf(const std::string& date) {
+    constexpr std::size_t kDigits = 4;
+    const bool isDate = date.size() > kDigits && date.find_first_not_of("0123456789") == kDigits;
+    return isDate ? date.substr(0, kDigits) : date;
+}
+
+}  // namespace
+
+std::vector<std::byte> readTagBytes(ByteSource& source, ByteRange range) {
+    range = clampedTo(source.sizeBytes(), range);
+    std::vector<std::byte> bytes(std::min<std::uint64_t>(range.bytes, kMaxTagBytes));
+    if (bytes.empty()) return bytes;
+    const auto got = source.readAt(range.offset, bytes);
+    bytes.resize(got ? *got : 0);
+    return bytes;
+}
+
+TextMap informationOf(const Id3v2Tag& tag) {
+    constexpr const char* kNames[][2] = {
+        {"TPE1", "artist"}, {"TIT2", "title"}, {"TALB", "album"},   {"TRCK", "track number"},
+        {"TCON", "genre"},  {"TDRC", "year"},  {"TCOM", "composer"}};
+    TextMap information;
+    for (const auto& [identifier, name] : kNames)
+        if (const auto text = tag.texts.find(identifier); text != tag.texts.end())
+            information.emplace(name, text->second);
+    if (std::string comment = commentOf(tag.comments); !comment.empty())
+        information.emplace("comments", std::move(comment));
+    return information;
+}
+
+void shortenYear(TextMap& information) {
+    if (const auto year = information.find("year"); year != information.end())
+        year->second = yearOf(year->second);
+}
+
+}  // namespace atdp::services
