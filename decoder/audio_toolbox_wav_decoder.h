@@ -75,7 +75,8 @@ class AudioToolboxWavDecoder : public SeekableFileDecoder {
     // Moves the reader; false, with a log line, when it refuses. The buffer is left alone.
     bool moveReader(std::uint64_t frame);
 
-    // The file's own rate, channels and bits, in this order. Throws std::bad_alloc.
+    // Appends the file's own rate, channels and bits, in this order, where the list has no such key
+    // yet. Throws std::bad_alloc.
     void addFileFormat(MetadataList& list) const;
 
     std::optional<std::string> filepath_;  // as given to the last open; bytes

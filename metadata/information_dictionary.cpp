@@ -1,5 +1,6 @@
 #include "metadata/information_dictionary.h"
 
+#include "metadata/dictionary_lookup.h"
 #include "metadata/text_scan.h"
 
 namespace atdp {
@@ -28,29 +29,17 @@ ScopedCFDictionary readDictionary(AudioFileID file) {
     return ScopedCFDictionary(dictionary);
 }
 
-// The text that the dictionary holds for a key the list lacks; null when there is none to add.
-const std::string* missingText(const MetadataList& list, const char* target,
-                               CFDictionaryRef dictionary, const char* source) {
-    CFTypeRef value = nullptr;
-    if (metadataValue(list, target) != nullptr ||
-        !CFDictionaryGetValueIfPresent(dictionary, source, &value))
-        return nullptr;
-    return textOf(value);
-}
-
 }  // namespace
 
 void getAudioFilePropertyInfo(AudioFileID file, MetadataList& list) {
     const ScopedCFDictionary dictionary = readDictionary(file);
-    if (!dictionary) return;
     for (const Row& row : kRows)
-        if (const auto* text = missingText(list, row.target, dictionary.get(), row.source))
-            list.push_back({row.target, *text});
+        if (const auto* text = firstText(dictionary.get(), {row.source}))
+            addIfMissing(list, row.target, *text);
     // "3/12" is the third of twelve.
-    if (const auto* text =
-            missingText(list, METADATA_COMMON_KEY_TRACK, dictionary.get(), "track number"))
-        list.push_back({METADATA_COMMON_KEY_TRACK,
-                        integerValue(std::string_view(*text).substr(0, text->find('/')))});
+    if (const auto* text = firstText(dictionary.get(), {"track number"}))
+        addIfMissing(list, METADATA_COMMON_KEY_TRACK,
+                     integerValue(std::string_view(*text).substr(0, text->find('/'))));
 }
 
 }  // namespace atdp

@@ -38,4 +38,10 @@ using MetadataList = std::vector<MetadataEntry>;
 // The value of the first entry with that key, or null. Valid until the list changes.
 const MetadataValue* metadataValue(const MetadataList& list, std::string_view key);
 
+// Appends an entry where the list has no such key yet. Throws std::bad_alloc.
+template <class Value>
+void addIfMissing(MetadataList& list, const char* key, const Value& value) {
+    if (metadataValue(list, key) == nullptr) list.push_back({key, value});
+}
+
 }  // namespace atdp
