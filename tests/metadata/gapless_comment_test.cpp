@@ -2,27 +2,18 @@
 #include "metadata/gapless_comment.h"
 
 #include "tests/support/failing_malloc.h"
-#include "tests/support/scripted_test.h"
+#include "tests/support/metadata_test.h"
 
 namespace atdp {
 namespace {
 
-using scripted::Entry;
-using scripted::Lines;
-using scripted::platform;
-using scripted::Value;
-
-class GaplessCommentTest : public scripted::ScriptedTest {
+class GaplessCommentTest : public MetadataTest {
  protected:
     GaplessCommentTest() {
         const std::string tag = "ID3 tag";
         for (const char byte : tag)
             platform().fileProperties["id3t"].push_back(static_cast<std::byte>(byte));
         platform().tag = scripted::gaplessTag("0 1 2 3");
-        AudioFileOpenURL(CFURLCreateFromFileSystemRepresentation(nullptr, nullptr, 0, false),
-                         kAudioFileReadPermission, 0, &file_);
-        leftOpen = {"url 1", "file 1"};
-        platform().calls.clear();
     }
 
     // The counts as text, or "none", with nothing written.
@@ -34,8 +25,6 @@ class GaplessCommentTest : public scripted::ScriptedTest {
                                    std::to_string(table.mRemainderFrames);
         return found ? counts : counts == "-7 -8 -9" ? "none" : "half";
     }
-
-    AudioFileID file_ = nullptr;
 };
 
 TEST_F(GaplessCommentTest, TextGivesValidFramesPrimingAndRemainder) {
@@ -67,10 +56,6 @@ TEST_F(GaplessCommentTest, TextGivesValidFramesPrimingAndRemainder) {
         platform().tag = scripted::gaplessTag(text);
         EXPECT_EQ(read(), counts) << text;
     }
-}
-
-Value dictionary(std::vector<Entry> entries) {
-    return {std::nullopt, std::move(entries)};
 }
 
 TEST_F(GaplessCommentTest, IsFoundUnderTheFirstOfThreeNames) {

@@ -1,54 +1,34 @@
 // The platform's information dictionary as a source of the metadata list.
 #include "metadata/information_dictionary.h"
 
-#include "tests/support/scripted_test.h"
+#include "tests/support/metadata_test.h"
 
 namespace atdp {
 namespace {
 
-using scripted::Lines;
-using scripted::platform;
-using scripted::Value;
-
-class InformationDictionaryTest : public scripted::ScriptedTest {
+class InformationDictionaryTest : public MetadataTest {
  protected:
-    InformationDictionaryTest() {
-        AudioFileOpenURL(CFURLCreateFromFileSystemRepresentation(nullptr, nullptr, 0, false),
-                         kAudioFileReadPermission, 0, &file_);
-        leftOpen = {"url 1", "file 1"};
-    }
-
-    Lines appendedTo(MetadataList list) const {
-        const auto before = static_cast<std::ptrdiff_t>(list.size());
+    Lines read(MetadataList list = {}) const {
         getAudioFilePropertyInfo(file_, list);
-        Lines lines;
-        for (auto entry = list.begin() + before; entry != list.end(); ++entry) {
-            const auto* text = std::get_if<std::string>(&entry->value);
-            lines.push_back(
-                entry->key + '=' +
-                (text ? '"' + *text + '"' : std::to_string(std::get<std::int64_t>(entry->value))));
-        }
-        return lines;
+        return linesOf(list);
     }
-
-    AudioFileID file_ = nullptr;
 };
 
-const Value kFull{std::nullopt,
-                  {{"album", {"B"}},
-                   {"track number", {"3/12"}},
-                   {"title", {"T"}},
-                   {"nominal bit rate", {"128000"}},
-                   {"genre", {"G"}},
-                   {"source bit depth", {"16"}},
-                   {"artist", {"A"}}}};
+const Value kFull = dictionary({{"album", {"B"}},
+                                {"track number", {"3/12"}},
+                                {"title", {"T"}},
+                                {"nominal bit rate", {"128000"}},
+                                {"genre", {"G"}},
+                                {"source bit depth", {"16"}},
+                                {"artist", {"A"}}});
 
 TEST_F(InformationDictionaryTest, SixKeysAreAddedInOrderWhereTheyAreMissing) {
     platform().information = kFull;
-    EXPECT_EQ(appendedTo({}), (Lines{"Artist=\"A\"", "Title=\"T\"", "SrcBits=\"16\"",
-                                     "SrcSampleRate=\"128000\"", "Album=\"B\"", "Track=3"}));
-    EXPECT_EQ(appendedTo({{"Title", "own"}, {"SrcSampleRate", 44100.0F}, {"Track", "x"}}),
-              (Lines{"Artist=\"A\"", "SrcBits=\"16\"", "Album=\"B\""}));
+    EXPECT_EQ(read(), (Lines{"Artist=\"A\"", "Title=\"T\"", "SrcBits=\"16\"",
+                             "SrcSampleRate=\"128000\"", "Album=\"B\"", "Track=3"}));
+    EXPECT_EQ(read({{"Title", "own"}, {"SrcSampleRate", 44100.0F}, {"Track", "x"}}),
+              (Lines{"Title=\"own\"", "SrcSampleRate=44100.000000", "Track=\"x\"", "Artist=\"A\"",
+                     "SrcBits=\"16\"", "Album=\"B\""}));
 }
 
 TEST_F(InformationDictionaryTest, TrackIsTheIntegerBeforeTheSlash) {
@@ -67,18 +47,18 @@ TEST_F(InformationDictionaryTest, TrackIsTheIntegerBeforeTheSlash) {
         {"-99999999999999999999/3", "-9223372036854775808"},
     };
     for (const auto& [text, number] : tracks) {
-        platform().information = Value{std::nullopt, {{"track number", {text}}}};
-        EXPECT_EQ(appendedTo({}), Lines{std::string("Track=") + number}) << text;
+        platform().information = dictionary({{"track number", {text}}});
+        EXPECT_EQ(read(), Lines{std::string("Track=") + number}) << text;
     }
 }
 
 TEST_F(InformationDictionaryTest, WhatIsNotTextOrNotThereAddsNothing) {
-    EXPECT_EQ(appendedTo({}), Lines{});
-    platform().information = Value{std::nullopt, {{"title", kFull}, {"track number", kFull}}};
-    EXPECT_EQ(appendedTo({}), Lines{});
+    EXPECT_EQ(read(), Lines{});
+    platform().information = dictionary({{"title", kFull}, {"track number", kFull}});
+    EXPECT_EQ(read(), Lines{});
     platform().information = kFull;
     platform().failures["AudioFileGetProperty info"] = {-50};
-    EXPECT_EQ(appendedTo({}), Lines{});
+    EXPECT_EQ(read(), Lines{});
 }
 
 }  // namespace

@@ -108,13 +108,16 @@ const Value& valueOf(CFTypeRef object) {
     return kNothing;
 }
 
-std::uint32_t sizeToReturn(const std::string& call, const Bytes& value) {
+template <class Content>
+std::uint32_t sizeToReturn(const std::string& call, const Content& value) {
     const auto size = platform().returnedSize.find(call);
     return size == platform().returnedSize.end() ? static_cast<std::uint32_t>(value.size())
                                                  : size->second;
 }
 
-OSStatus answer(const std::string& call, const Bytes& value, std::uint32_t* dataBytes, void* data) {
+template <class Content>
+OSStatus answer(const std::string& call, const Content& value, std::uint32_t* dataBytes,
+                void* data) {
     std::memcpy(data, value.data(), std::min<std::size_t>(*dataBytes, value.size()));
     *dataBytes = sizeToReturn(call, value);
     return noErr;
@@ -219,13 +222,40 @@ OSStatus AudioFileGetPropertyInfo(AudioFileID file, std::uint32_t property,
     return noErr;
 }
 
+OSStatus AudioFileCountUserData(AudioFileID file, std::uint32_t type, std::uint32_t* count) {
+    const OSStatus status = recordOn(file, line("AudioFileCountUserData", codeText(type)));
+    if (status == noErr)
+        *count = static_cast<std::uint32_t>(platform().userData[codeText(type)].size());
+    return status;
+}
+
+OSStatus AudioFileGetUserDataSize(AudioFileID file, std::uint32_t type, std::uint32_t index,
+                                  std::uint32_t* dataBytes) {
+    const std::string call = line("AudioFileGetUserDataSize", codeText(type), index);
+    const OSStatus status = recordOn(file, call);
+    if (status == noErr)
+        *dataBytes = sizeToReturn(call, platform().userData[codeText(type)].at(index));
+    return status;
+}
+
+OSStatus AudioFileGetUserData(AudioFileID file, std::uint32_t type, std::uint32_t index,
+                              std::uint32_t* dataBytes, void* data) {
+    const std::string call = line("AudioFileGetUserData", codeText(type), index);
+    const OSStatus status = recordOn(file, call, *dataBytes);
+    if (status != noErr) return status;
+    return answer(call, platform().userData[codeText(type)].at(index), dataBytes, data);
+}
+
 OSStatus AudioFormatGetProperty(std::uint32_t property, std::uint32_t specifierBytes,
                                 const void* specifier, std::uint32_t* dataBytes, void* data) {
     const std::string call = "AudioFormatGetProperty " + codeText(property);
     const std::string bytes(static_cast<const char*>(specifier), specifierBytes);
     const OSStatus status = record(call, bytes, *dataBytes);
     if (status != noErr) return status;
-    return answer(call, bytesOf(makeDictionary(platform().tag)), dataBytes, data);
+    const auto own = platform().tags.find(bytes);
+    if (own == platform().tags.end() && !platform().tags.empty()) return kStatusDamagedFile;
+    const Value& tag = own == platform().tags.end() ? platform().tag : own->second;
+    return answer(call, bytesOf(makeDictionary(tag)), dataBytes, data);
 }
 
 OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* reader) {
@@ -305,6 +335,21 @@ OSStatus ExtAudioFileSeek(ExtAudioFileRef reader, std::int64_t frame) {
     if (status == noErr && frame < 0) return kStatusInvalidSeek;
     if (status == noErr) find(reader)->position = frame;
     return status;
+}
+
+// A stand-in: the bytes as they are, with the encoding after them where it is not UTF-8.
+std::optional<std::string> stringWithBytes(std::span<const std::byte> bytes,
+                                           NSStringEncoding encoding) {
+    const std::string text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (record("stringWithBytes", text, encoding) != noErr) return std::nullopt;
+    return encoding == NSUTF8StringEncoding ? text : line(text, encoding);
+}
+
+NSStringEncoding estimateStringEncoding(std::span<const std::byte> bytes) {
+    const std::string text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    record("estimateStringEncoding", text);
+    const auto estimate = platform().estimates.find(text);
+    return estimate == platform().estimates.end() ? NSUTF8StringEncoding : estimate->second;
 }
 
 void NSLogArguments(const char* format, std::initializer_list<LogArgument> arguments) {

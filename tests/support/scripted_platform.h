@@ -16,6 +16,7 @@
 #include "platform/audio_file.h"
 #include "platform/audio_format.h"
 #include "platform/extended_audio_file.h"
+#include "platform/string_encoding.h"
 
 namespace scripted {
 
@@ -42,7 +43,8 @@ struct Entry {
 float sampleAt(std::int64_t frame, std::uint32_t channel);
 
 // A call's name is its function and, where it has a property, the property's code:
-// "AudioFileOpenURL", "ExtAudioFileGetProperty #frm".
+// "AudioFileOpenURL", "ExtAudioFileGetProperty #frm". With user data it has the type, and the index
+// of an item: "AudioFileCountUserData LIST", "AudioFileGetUserData LIST 0".
 struct Platform {
     // The script.
     std::map<std::string, Failure> failures;            // by call
@@ -51,9 +53,12 @@ struct Platform {
     std::int64_t frames = 1'000'000;
     std::map<std::string, Bytes> fileProperties;  // of the audio file, by code; none at first
     std::optional<Value> information;             // the file's information dictionary
-    Value tag;                                    // what an ID3 tag converts to
-    std::int64_t framesMissing = 0;               // at the end of `frames`: the data ends early
-    std::uint32_t framesOverstated = 0;           // how many a read claims that it did not give
+    std::map<std::string, std::vector<std::string>> userData;  // the file's items, by type
+    Value tag;                                                 // what an ID3 tag converts to
+    std::map<std::string, Value> tags;  // the same by the tag's bytes; others are then refused
+    std::map<std::string, NSStringEncoding> estimates;  // by the bytes; of others it is UTF-8
+    std::int64_t framesMissing = 0;      // at the end of `frames`: the data ends early
+    std::uint32_t framesOverstated = 0;  // how many a read claims that it did not give
     std::function<float(std::int64_t frame, std::uint32_t channel)> sample = sampleAt;
 
     // The record.

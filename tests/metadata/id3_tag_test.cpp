@@ -1,0 +1,90 @@
+// ID3 tags in chunks: which are asked, and under which names.
+#include "metadata/id3_tag.h"
+
+#include "tests/support/failing_malloc.h"
+#include "tests/support/metadata_test.h"
+
+namespace atdp {
+namespace {
+
+class Id3TagTest : public MetadataTest {
+ protected:
+    Lines read(MetadataList list = {}) const {
+        checkID3v2Tag(file_, list);
+        return linesOf(list);
+    }
+
+    // Tags one after the other; the converter refuses those without entries.
+    static void setTags(const std::vector<Value>& tags) {
+        platform().userData["id3 "].clear();
+        platform().tags = {{"of another file", {}}};
+        for (const Value& tag : tags) {
+            const std::string bytes = "tag " + std::to_string(platform().userData["id3 "].size());
+            platform().userData["id3 "].push_back(bytes);
+            if (!tag.entries.empty()) platform().tags[bytes] = tag;
+        }
+    }
+};
+
+const Value kFirst = dictionary({{"artist", {"A"}}, {"title", {"T"}}, {"album", {"L"}}});
+const Value kSecond = dictionary({{"artist", {"B"}}, {"title", {"U"}}});
+
+TEST_F(Id3TagTest, FirstNameInTheFirstTagCounts) {
+    const Value nothing = dictionary({{"TALB", {"L"}}});
+    const Value artist = dictionary({{"TPE1", {"C"}}});
+    const Lines first = {"Title=\"T\"", "Artist=\"A\""};
+    const std::tuple<const char*, std::vector<Value>, Lines> files[] = {
+        {"no tag", {}, {}},
+        {"descriptive names", {kFirst}, first},
+        {"versions 2.3 and 2.4", {dictionary({{"TIT2", {"T"}}, {"TPE1", {"A"}}})}, first},
+        {"version 2.2", {dictionary({{"TT2", {"T"}}, {"TP1", {"A"}}})}, first},
+        {"2.2 after 2.3",
+         {dictionary({{"TT2", {"U"}}, {"TIT2", {"T"}}, {"TP1", {"B"}}, {"TPE1", {"A"}}})},
+         first},
+        {"2.3 after the descriptive",
+         {dictionary({{"TIT2", {"U"}}, {"title", {"T"}}, {"TPE1", {"B"}}, {"artist", {"A"}}})},
+         first},
+        {"not text",
+         {dictionary({{"title", kFirst}, {"TIT2", {"U"}}, {"artist", {""}}})},
+         {"Artist=\"\""}},
+        {"nothing in it", {nothing}, {}},
+        {"nothing in the first", {nothing, kFirst, kSecond}, first},
+        {"one from each", {artist, kSecond}, {"Artist=\"C\"", "Title=\"U\""}},
+        {"refused ones", {{}, kFirst, {}}, first},
+    };
+    for (const auto& [what, tags, lines] : files) {
+        setTags(tags);
+        EXPECT_EQ(read(), lines) << what;
+    }
+    setTags({kFirst});
+    EXPECT_EQ(read({{"Artist", "own"}}), (Lines{"Artist=\"own\"", "Title=\"T\""}));
+}
+
+TEST_F(Id3TagTest, TagsAreReadAndConvertedWhole) {
+    setTags({kFirst});
+    read();
+    EXPECT_EQ(platform().calls,
+              (Lines{"AudioFileCountUserData id3  file 1", "AudioFileGetUserDataSize id3  0 file 1",
+                     "AudioFileGetUserData id3  0 file 1 5", "AudioFormatGetProperty id3d tag 0 8",
+                     "CFRelease dictionary 1"}));
+}
+
+TEST_F(Id3TagTest, TagThatCannotBeReadIsPassedOver) {
+    setTags({kFirst, kSecond});
+    const Lines second = {"Title=\"U\"", "Artist=\"B\""};
+    const std::pair<const char*, Lines> failures[] = {{"AudioFileCountUserData id3 ", {}},
+                                                      {"AudioFileGetUserDataSize id3  0", second},
+                                                      {"AudioFileGetUserData id3  0", second},
+                                                      {"AudioFormatGetProperty id3d", {}}};
+    for (const auto& [call, lines] : failures) {
+        platform().failures = {{call, {kStatusIoError}}};
+        EXPECT_EQ(read(), lines) << call;
+    }
+    platform().failures.clear();
+    platform().returnedSize["AudioFileGetUserDataSize id3  0"] = 0xFFFFFFFF;
+    const scripted::FailingMalloc noMemory(1 << 20);
+    EXPECT_EQ(read(), second);
+}
+
+}  // namespace
+}  // namespace atdp
