@@ -176,10 +176,12 @@ std::int32_t AudioToolboxMP3Decoder::getNextSamples(float* samples, std::uint32_
 
 void AudioToolboxMP3Decoder::deliver(const float* source, std::uint64_t frames, Request* request) {
     const std::uint64_t samples = frames * desc_.mChannelsPerFrame;
-    if (samples == 2)  // one frame of stereo: a copy of known size, without a call
-        std::copy_n(source, 2, request->samples);
-    else if (samples > 0)
+    if (samples == 2) {  // one frame of stereo, without a call
+        request->samples[0] = source[0];
+        request->samples[1] = source[1];
+    } else if (samples > 0) {
         std::copy_n(source, samples, request->samples);
+    }
     request->samples += samples;
     request->frames -= frames;
     current_frame_ += frames;

@@ -14,9 +14,9 @@
 
 namespace atdp::services {
 
-// A handle is a number: generation (32 bits), slot (28), kind (4). A slot's generation is odd while
-// it holds an object, so a stale handle differs from every later one of that slot; the kind keeps
-// the handles of two tables apart.
+// A handle is a number: generation (32 bits), slot (28), kind (4). Each use of a slot is a new
+// generation, so a stale handle differs from every later one of that slot; the kind keeps the
+// handles of two tables apart.
 //
 // Lookups take no lock, since every small read makes one. Objects of different handles may be used
 // on different threads; releasing a handle while another thread uses it is the client's error.
@@ -32,10 +32,10 @@ class HandleTable {
         const std::uint32_t index = takeFreeSlot();
         Slot& slot = *slotAt(index);
         slot.object = std::move(object);
-        const std::uint32_t generation = slot.generation.load(std::memory_order_relaxed) + 1;
-        slot.generation.store(generation, std::memory_order_release);
-        return reinterpret_cast<Handle>(std::uintptr_t{generation} << 32 |
-                                        std::uintptr_t{index} << 4 | Kind);
+        slot.handle.store(
+            std::uintptr_t{++slot.generation} << 32 | std::uintptr_t{index} << 4 | Kind,
+            std::memory_order_release);
+        return reinterpret_cast<Handle>(slot.handle.load(std::memory_order_relaxed));
     }
 
     // The object, or null; valid until the handle is released.
@@ -56,8 +56,7 @@ class HandleTable {
         const std::lock_guard lock(mutex_);
         Slot* slot = liveSlot(handle);
         if (slot == nullptr) return false;
-        slot->generation.store(slot->generation.load(std::memory_order_relaxed) + 1,
-                               std::memory_order_release);
+        slot->handle.store(0, std::memory_order_release);
         object = std::move(slot->object);
         freeSlots_.push_back(indexOf(handle));  // room was reserved when the page was made
         return true;
@@ -73,7 +72,8 @@ class HandleTable {
 
  private:
     struct Slot {
-        std::atomic<std::uint32_t> generation{0};
+        std::atomic<std::uintptr_t> handle{0};  // 0: free
+        std::uint32_t generation = 0;
         std::shared_ptr<Object> object;
     };
     // Pages stay where they are until clear(), so lookups need no lock.
@@ -91,11 +91,10 @@ class HandleTable {
     }
 
     Slot* liveSlot(Handle handle) const {
-        const auto value = reinterpret_cast<std::uintptr_t>(handle);
-        const auto generation = static_cast<std::uint32_t>(value >> 32);
-        if ((value & 15) != Kind || generation % 2 == 0) return nullptr;
         Slot* slot = slotAt(indexOf(handle));
-        const bool live = slot && slot->generation.load(std::memory_order_acquire) == generation;
+        const bool live = slot && handle != nullptr &&
+                          slot->handle.load(std::memory_order_acquire) ==
+                              reinterpret_cast<std::uintptr_t>(handle);
         return live ? slot : nullptr;
     }
 

@@ -13,8 +13,8 @@ PacketReader::PacketReader(std::unique_ptr<PacketDecoder> decoder, const PacketL
 }
 
 Result<std::uint32_t> PacketReader::read(float* samples, std::uint32_t frames) {
-    if (frames <= heldFrames_ && frames <= layout_.frames - position_) {
-        takeHeld(samples, frames);  // small reads, one after the other, must be cheap
+    if (frames <= heldFrames_) {  // small reads, one after the other, must be cheap
+        takeHeld(samples, frames);
         return frames;
     }
     std::uint32_t done = 0;
@@ -23,8 +23,7 @@ Result<std::uint32_t> PacketReader::read(float* samples, std::uint32_t frames) {
             if (done == 0) return Failure::kUnreadable;
             break;
         }
-        const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(
-            std::min(frames - done, heldFrames_), layout_.frames - position_));
+        const std::uint32_t count = std::min(frames - done, heldFrames_);
         takeHeld(samples + std::size_t{done} * layout_.channels, count);
         done += count;
     }
@@ -32,12 +31,14 @@ Result<std::uint32_t> PacketReader::read(float* samples, std::uint32_t frames) {
 }
 
 void PacketReader::takeHeld(float* samples, std::uint32_t frames) {
-    const float* held =
-        packet_.data() + packet_.size() - std::size_t{heldFrames_} * layout_.channels;
-    if (frames == 1 && layout_.channels == 2)  // a copy of known size, without a call
-        std::copy_n(held, 2, samples);
-    else
-        std::copy_n(held, std::size_t{frames} * layout_.channels, samples);
+    const std::size_t count = std::size_t{frames} * layout_.channels;
+    if (count == 2) {  // one frame of stereo, without a call
+        samples[0] = held_[0];
+        samples[1] = held_[1];
+    } else {
+        std::copy_n(held_, count, samples);
+    }
+    held_ += count;
     heldFrames_ -= frames;
     position_ += frames;
 }
@@ -51,8 +52,10 @@ bool PacketReader::holdPacket() {
         if (!decoder_->decode(packet, packet_.data())) return false;
         nextPacket_ = packet + 1;
     }
-    heldFrames_ =
-        layout_.framesPerPacket - static_cast<std::uint32_t>(frame % layout_.framesPerPacket);
+    const std::uint64_t spent = frame % layout_.framesPerPacket;
+    held_ = packet_.data() + spent * layout_.channels;
+    heldFrames_ = static_cast<std::uint32_t>(
+        std::min(layout_.framesPerPacket - spent, layout_.frames - position_));
     return true;
 }
 

@@ -33,7 +33,8 @@ class PacketReader final : public FrameReader {
     std::vector<float> packet_;     // the samples of one packet
     std::uint64_t position_ = 0;    // next frame to deliver, counted from layout_.firstFrame
     std::uint64_t nextPacket_ = 0;  // the packet after the one in packet_
-    std::uint32_t heldFrames_ = 0;  // frames at the end of packet_ from position_ on
+    const float* held_ = nullptr;   // in packet_, from position_ on
+    std::uint32_t heldFrames_ = 0;  // there, that belong to the sound
 };
 
 }  // namespace atdp::services

@@ -62,14 +62,6 @@ TEST_F(WavDecoderMetadataTest, EarlierSourcesTakePrecedence) {
     EXPECT_EQ(platform().log, Lines{});
 }
 
-TEST_F(WavDecoderMetadataTest, TextsMayComeFromDifferentSources) {
-    platform().tag = dictionary({{"TPE1", {"tag artist"}}});
-    platform().userData["LIST"] = {"INFO" + riffChunk("IART", "list artist")};
-    platform().information = dictionary({{"title", {"title"}}, {"album", {"album"}}});
-    EXPECT_EQ(read(), (Lines{"Artist=\"tag artist\"", "Title=\"title\"", "Album=\"album\"",
-                             "SrcSampleRate=44100.000000", "Channels=2", "SrcBits=16"}));
-}
-
 TEST_F(WavDecoderMetadataTest, OtherFilesAreNotAskedForUserData) {
     for (const std::uint32_t type : {kAudioFileAIFFType, kAudioFileAIFCType, kAudioFileRF64Type}) {
         platform().fileProperties["ffmt"] = bytesOf(type);

@@ -1,7 +1,6 @@
 // ID3 tags in chunks: which are asked, and under which names.
 #include "metadata/id3_tag.h"
 
-#include "tests/support/failing_malloc.h"
 #include "tests/support/metadata_test.h"
 
 namespace atdp {
@@ -80,10 +79,6 @@ TEST_F(Id3TagTest, TagThatCannotBeReadIsPassedOver) {
         platform().failures = {{call, {kStatusIoError}}};
         EXPECT_EQ(read(), lines) << call;
     }
-    platform().failures.clear();
-    platform().returnedSize["AudioFileGetUserDataSize id3  0"] = 0xFFFFFFFF;
-    const scripted::FailingMalloc noMemory(1 << 20);
-    EXPECT_EQ(read(), second);
 }
 
 }  // namespace
