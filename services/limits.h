@@ -59,9 +59,10 @@ inline constexpr std::size_t kMaxTagBytes = 16 * 1024 * 1024;
 // Bytes of text taken from one entry of a tag and from all of them, and entries looked at: far more
 // than any screen shows, and few enough that what is made of them stays small beside the player,
 // and that text parsing whose time grows with the square of the length is over at once.
-inline constexpr std::size_t kMaxTagEntryBytes = 64 * 1024;
+inline constexpr std::size_t kMaxTagEntryBytes = 8 * 1024;
 inline constexpr std::size_t kMaxTagTextBytes = 1024 * 1024;
 inline constexpr std::size_t kMaxTagEntries = 1024;
+inline constexpr std::size_t kMaxGenreBytes = 1024;
 
 // Chunks of tags of one file that are looked at. Clients ask for them one by one.
 inline constexpr std::size_t kMaxTagChunks = 4096;

@@ -9,7 +9,6 @@
 
 #include "services/containers/chunk_walk.h"
 #include "services/containers/linear_pcm.h"
-#include "services/limits.h"
 
 namespace atdp::services {
 namespace {
@@ -103,8 +102,8 @@ Result<AiffChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bo
             const auto sound = readSound(source, chunk);
             if (!sound) return sound.failure();
             chunks.sound = *sound;
-        } else if (isTagChunk(chunk.identifier) && chunks.tagChunks.size() < kMaxTagChunks) {
-            chunks.tagChunks.push_back({chunk.identifier, chunk.body});
+        } else if (isTagChunk(chunk.identifier)) {
+            addTagChunk(chunks.tagChunks, {chunk.identifier, chunk.body});
         }
     }
 }

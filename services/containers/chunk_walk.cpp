@@ -1,6 +1,8 @@
 #include "services/containers/chunk_walk.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 
 #include "services/io/byte_cursor.h"
 #include "services/limits.h"
@@ -63,6 +65,17 @@ bool ChunkWalk::isPadded(const Chunk& chunk) {
     const auto next = readHeader(chunk.body.end());
     return !next || !*next || !isIdentifier((*next)->identifier) ||
            (*next)->body.bytes < (*next)->statedBytes;
+}
+
+void addTagChunk(std::vector<TagChunk>& chunks, const TagChunk& chunk) {
+    const auto isId3 = [](const TagChunk& one) {
+        return one.identifier == fourCharCode("id3 ") || one.identifier == fourCharCode("ID3 ");
+    };
+    if (chunks.size() >= kMaxTagChunks) return;
+    if (isId3(chunk) && std::count_if(chunks.begin(), chunks.end(), isId3) >=
+                            static_cast<std::ptrdiff_t>(kMaxTagsInARow))
+        return;
+    chunks.push_back(chunk);
 }
 
 }  // namespace atdp::services

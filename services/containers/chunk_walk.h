@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
+#include "services/containers/sound_description.h"
 #include "services/io/byte_source.h"
 
 namespace atdp::services {
@@ -41,5 +43,8 @@ class ChunkWalk {
     std::optional<Chunk> last_;
     std::size_t chunks_ = 0;
 };
+
+// Adds a chunk to those that say something of the sound, as long as limits.h allows.
+void addTagChunk(std::vector<TagChunk>& chunks, const TagChunk& chunk);
 
 }  // namespace atdp::services

@@ -10,6 +10,7 @@
 namespace atdp::services {
 
 // A chunk that says something of the sound: 'LIST' and 'id3 ' of WAVE, the text chunks of AIFF.
+// Only the first few ID3 tags of a file are among them, since each costs as much as a whole tag.
 struct TagChunk {
     std::uint32_t identifier;
     ByteRange body;

@@ -10,7 +10,6 @@
 #include "services/containers/chunk_walk.h"
 #include "services/containers/linear_pcm.h"
 #include "services/containers/mpeg.h"
-#include "services/limits.h"
 
 namespace atdp::services {
 namespace {
@@ -130,7 +129,8 @@ std::uint64_t dataBytes(const Chunk& chunk, std::uint64_t formBytes,
 }
 
 bool isTagChunk(std::uint32_t identifier) {
-    return identifier == fourCharCode("LIST") || identifier == fourCharCode("id3 ");
+    return identifier == fourCharCode("LIST") || identifier == fourCharCode("id3 ") ||
+           identifier == fourCharCode("ID3 ");
 }
 
 Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bool largeForm) {
@@ -153,8 +153,8 @@ Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bo
         } else if (chunk.identifier == fourCharCode("data") && !chunks.data) {
             walk.resize(chunk, dataBytes(chunk, formBytes, largeSizes));
             chunks.data = chunk.body;
-        } else if (isTagChunk(chunk.identifier) && chunks.tagChunks.size() < kMaxTagChunks) {
-            chunks.tagChunks.push_back({chunk.identifier, chunk.body});
+        } else if (isTagChunk(chunk.identifier)) {
+            addTagChunk(chunks.tagChunks, {chunk.identifier, chunk.body});
         }
     }
 }

@@ -17,10 +17,20 @@ void add(TextMap& texts, const char* name, const std::string& text) {
     if (!text.empty()) texts.emplace(name, text);
 }
 
+// A full field may end within a character of UTF-8, which the rest of it still is.
+std::string_view withoutTornCharacter(std::string_view text) {
+    for (std::size_t torn = 1; torn <= 3 && torn < text.size() && !isUtf8(text); ++torn) {
+        const std::string_view whole = text.substr(0, text.size() - torn);
+        if (isUtf8(whole) && !isAscii(whole)) return whole;
+    }
+    return text;
+}
+
 // A field of fixed width, padded with NULs or blanks.
 std::string fixedText(Bytes field) {
     std::string_view text = charactersOf(field);
     text = text.substr(0, text.find('\0'));
+    if (text.size() == field.size()) text = withoutTornCharacter(text);
     return fromUtf8OrWindows1252(text.substr(0, text.find_last_not_of(' ') + 1));
 }
 

@@ -203,7 +203,7 @@ TEST(Id3v2, StaysSmallWhateverFramesClaim) {
     const std::string longText(services::kMaxTagEntryBytes, 'a');
     EXPECT_EQ(titleAfter(id3Frame(4, "TALB", '\3' + longText)), "Title");
     std::string genres = "\3";
-    while (genres.size() < services::kMaxTagEntryBytes - 4) genres += "(17)";
+    while (genres.size() < services::kMaxGenreBytes - 4) genres += "(17)";
     EXPECT_EQ(frameText(id3Tag(4, id3Frame(4, "TCON", genres)), "TCON").substr(0, 4), "Rock");
     std::string albums, comments;
     for (std::size_t i = 0; i < services::kMaxTagEntries; ++i) {
