@@ -73,4 +73,8 @@ std::string PluginModule::thresholdKey() const {
         "DECODER_OPTION_KEY_MP3_THREASHOLD_DB");
 }
 
+void PluginModule::setRelease(double release) {
+    *symbol<decltype(NSAppKitVersionNumber)>("NSAppKitVersionNumber") = release;
+}
+
 }  // namespace atdp::host

@@ -26,6 +26,10 @@ class PluginModule {
     // exports none.
     std::string thresholdKey() const;
 
+    // Makes the module believe that it runs on that release of its platform. Throws Failure when
+    // the module exports no release number.
+    void setRelease(double release);
+
  private:
     struct LibraryCloser {
         void operator()(void* library) const;

@@ -5,6 +5,7 @@
 
 #include "decoder/audio_toolbox_wav_decoder.h"
 #include "mp3/audio_toolbox_mp3_decoder.h"
+#include "mp4/audio_toolbox_mp4_decoder.h"
 #include "platform/extended_audio_file.h"
 #include "platform/log.h"
 #include "plugin/module.h"
@@ -23,6 +24,8 @@ const DecoderClass* classForFormat(std::uint32_t formatID) {
         case kAudioFormatMPEGLayer2:
         case kAudioFormatMPEGLayer3:
             return &AudioToolboxMP3Decoder::decoderClass();
+        case kAudioFormatAppleLossless:
+            return &AudioToolboxMP4Decoder::decoderClass();
         case kAudioFormatLinearPCM:
             return &AudioToolboxWavDecoder::decoderClass();
         default:

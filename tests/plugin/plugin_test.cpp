@@ -1,6 +1,7 @@
 // The choice of decoder class, over the scripted platform.
 #include "decoder/audio_toolbox_wav_decoder.h"
 #include "mp3/audio_toolbox_mp3_decoder.h"
+#include "mp4/audio_toolbox_mp4_decoder.h"
 #include "plugin/audio_toolbox_decoder_plugin.h"
 #include "plugin/module.h"
 #include "tests/support/scripted_test.h"
@@ -45,6 +46,16 @@ TEST_F(PluginTest, MpegAudioIsServedByTheMp3Decoder) {
         const auto decoder = found->make();
         EXPECT_NE(dynamic_cast<AudioToolboxMP3Decoder*>(decoder.get()), nullptr);
     }
+}
+
+TEST_F(PluginTest, AppleLosslessIsServedByTheMp4Decoder) {
+    platform().format.mFormatID = fourCharCode("alac");
+    const DecoderClass* found = findClass();
+    ASSERT_EQ(found, &AudioToolboxMP4Decoder::decoderClass());
+    EXPECT_STREQ(found->name, "AudioToolboxMP4Decoder");
+    EXPECT_EQ(found->getScoreByPath("/no/such/file"), 100U);
+    const auto decoder = found->make();
+    EXPECT_NE(dynamic_cast<AudioToolboxMP4Decoder*>(decoder.get()), nullptr);
 }
 
 TEST_F(PluginTest, OtherEncodingsHaveNoDecoderAndAreNotLogged) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <deque>
+#include <mutex>
 #include <optional>
 #include <sstream>
 
@@ -65,9 +66,11 @@ std::string codeText(std::uint32_t code) {
     return text;
 }
 
-// Writes a call down; its status comes from the script.
+// Writes a call down, on any thread; its status comes from the script.
 template <class... Arguments>
 OSStatus record(const std::string& call, const Arguments&... arguments) {
+    static std::mutex oneAtATime;
+    const std::scoped_lock recording(oneAtATime);
     platform().calls.push_back(line(call, arguments...));
     const auto failure = platform().failures.find(call);
     if (failure == platform().failures.end() || failure->second.callsBefore-- > 0) return noErr;
@@ -131,6 +134,7 @@ Platform& platform() {
 
 void resetPlatform() {
     state.emplace();
+    NSAppKitVersionNumber = 1138.0;
 }
 
 Lines Platform::live() const {
