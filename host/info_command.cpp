@@ -61,7 +61,7 @@ void addInfoCommand(CLI::App& app, Command& chosen) {
         ->add_option("--release", options->release,
                      "The platform's release that the module is to believe in; below 1138\n"
                      "it reads the tags of Apple Lossless files from their atoms as well")
-        ->check(CLI::Validator(whyNoRelease, "NUMBER"));
+        ->check(CLI::Validator(whyNoRelease, "RELEASE"));
     command->footer(
         "The bit rate (bitRate) is in bytes per second, of the file's own uncompressed samples;\n"
         "0 for compressed files. durationNs is in nanoseconds.");

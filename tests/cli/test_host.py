@@ -61,6 +61,14 @@ class Info(InFolder):
         self.assertNotIn("\x07", text)
         self.assertIn("bytes", atdp("info", "--help").stdout.decode())
 
+    def test_release_is_a_number(self):
+        path = self.sox("t.wav", seconds=0.1)
+        told = atdp("info", "--release", 1137, path)
+        self.assertEqual((told.returncode, told.stdout), (0, atdp("info", path).stdout))
+        wrong = atdp("info", "--release", "lion", path)
+        self.assertEqual((wrong.returncode, wrong.stdout), (2, b""))
+        self.assertIn(b"'lion' is not a number", wrong.stderr)
+
 
 class Play(InFolder):
     def setUp(self):

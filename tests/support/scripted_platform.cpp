@@ -34,6 +34,7 @@ struct State {
 };
 
 std::optional<State> state(std::in_place);
+std::mutex recordLock;
 
 Object* make(const std::string& kind) {
     const std::string name = kind + " " + std::to_string(++state->made[kind]);
@@ -69,8 +70,7 @@ std::string codeText(std::uint32_t code) {
 // Writes a call down, on any thread; its status comes from the script.
 template <class... Arguments>
 OSStatus record(const std::string& call, const Arguments&... arguments) {
-    static std::mutex oneAtATime;
-    const std::scoped_lock recording(oneAtATime);
+    const std::scoped_lock recording(recordLock);
     platform().calls.push_back(line(call, arguments...));
     const auto failure = platform().failures.find(call);
     if (failure == platform().failures.end() || failure->second.callsBefore-- > 0) return noErr;
