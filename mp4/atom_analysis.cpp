@@ -131,27 +131,27 @@ void vAnalizeAtomType(std::uint32_t type) {
 }
 
 // A file with one size for all samples has no table of sizes: what follows is taken for one.
-void vAnalizeAtomBody(std::uint32_t length, std::uint32_t type, const std::uint8_t* bytes) {
-    const Body body(bytes, treeEnd ? static_cast<std::size_t>(treeEnd - bytes) : length);
+void vAnalizeAtomBody(std::uint32_t length, std::uint32_t type, const std::uint8_t* body) {
+    const Body bytes(body, treeEnd ? static_cast<std::size_t>(treeEnd - body) : length);
     for (const Fields& fields : kFields)
-        if (fields.type == type) copy(body, fields.from, fields.bytes, fields.field);
+        if (fields.type == type) copy(bytes, fields.from, fields.bytes, fields.field);
     switch (type) {
         case fourCharCode("stsd"):
-            return copyConfiguration(body);
+            return copyConfiguration(bytes);
         case fourCharCode("stts"):
-            return copyTimeEntries(body, m4a.stts.entryCount, 8, m4a.stts.entries);
+            return copyTimeEntries(bytes, m4a.stts.entryCount, 8, m4a.stts.entries);
         case fourCharCode("stsc"):
-            return copyTimeEntries(body, m4a.stsc.entryCount, 12, m4a.stsc.entries);
+            return copyTimeEntries(bytes, m4a.stsc.entryCount, 12, m4a.stsc.entries);
         case fourCharCode("stco"):
-            return copy(body, 8,
+            return copy(bytes, 8,
                         std::size_t{4} * std::min(dGet4bytes(&m4a.stco.entryCount), kChunkOffsets),
                         m4a.stco.offsets);
         case fourCharCode("stsz"):
-            return copy(body, 12,
+            return copy(bytes, 12,
                         std::size_t{4} * std::min(dGet4bytes(&m4a.stsz.sampleCount), kSampleSizes),
                         m4a.stsz.sizes);
         case fourCharCode("data"):
-            return copyTag(body, length);
+            return copyTag(bytes, length);
         default:
             return;
     }

@@ -139,8 +139,8 @@ long lGetLevel0Block(std::FILE* stream) {
     }
 }
 
-// Each level's length is four bytes more than the container's body, and is kept so: where the bytes
-// behind a container make it look longer, they are walked twice.
+// Each level is taken to be four bytes longer than its container's body. This is kept: where levels
+// nest, their surplus can add up to a header, and what stands behind them is then read twice.
 long lGetChildBlock(std::uint8_t, unsigned long, std::uint32_t length, std::uint32_t owner,
                     const std::uint8_t* region) {
     const Region whole{region, length};
