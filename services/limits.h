@@ -52,6 +52,13 @@ inline constexpr std::size_t kScanAheadBytes = 3 * kMaxFreeFormatBytes;
 // real stream fits at once, a hostile file could hold millions.
 inline constexpr int kMaxFreeFormatTries = 1000;
 
+// Channels of Apple Lossless: what its layouts go up to.
+inline constexpr std::uint32_t kMaxAlacChannels = 8;
+
+// Frames of a packet of Apple Lossless: 16 times what encoders use, and few enough that the buffers
+// of a decoder stay small and a hostile packet is over at once.
+inline constexpr std::uint32_t kMaxAlacFrames = 65'536;
+
 // Bytes of a tag that are looked at. Large covers make tags large, and text that follows more than
 // this is not found; a file that claims to be all tag is not read into memory.
 inline constexpr std::size_t kMaxTagBytes = 16 * 1024 * 1024;

@@ -1,0 +1,144 @@
+#include "services/codecs/alac_decoder.h"
+
+#include <array>
+
+#include "services/codecs/alac_output.h"
+#include "services/limits.h"
+
+namespace atdp::services {
+namespace {
+
+enum Element : unsigned {
+    kSingleChannel = 0,
+    kChannelPair = 1,
+    kLowFrequency = 3,
+    kData = 4,
+    kFill = 6,
+};
+
+// Where the channels of a packet belong in the order of WAVE. They come center first, then pairs
+// from front to back, then what is alone in the back and the low frequencies.
+constexpr std::uint8_t kPlaces[kMaxAlacChannels][kMaxAlacChannels] = {
+    {0},                       // C
+    {0, 1},                    // L R
+    {2, 0, 1},                 // C L R
+    {2, 0, 1, 3},              // C L R Cs
+    {2, 0, 1, 3, 4},           // C L R Ls Rs
+    {2, 0, 1, 4, 5, 3},        // C L R Ls Rs LFE
+    {2, 0, 1, 4, 5, 6, 3},     // C L R Ls Rs Cs LFE
+    {2, 6, 7, 0, 1, 4, 5, 3},  // C Lc Rc L R Ls Rs LFE
+};
+
+void skipData(AlacBitReader& bits) {
+    bits.read(4);  // instance
+    const bool isAligned = bits.read(1) != 0;
+    std::uint32_t bytes = bits.read(8);
+    if (bytes == 255) bytes += bits.read(8);
+    const std::uint64_t start = isAligned ? (bits.position() + 7) / 8 * 8 : bits.position();
+    bits.seek(start + std::uint64_t{8} * bytes);
+}
+
+void skipFill(AlacBitReader& bits) {
+    std::uint32_t bytes = bits.read(4);
+    if (bytes == 15) bytes += bits.read(8) - 1;
+    bits.seek(bits.position() + std::uint64_t{8} * bytes);
+}
+
+struct Channel {
+    AlacPredictor predictor;
+    std::uint32_t meanFactor = 0;  // in quarters of the configuration's
+};
+
+Channel readChannel(AlacBitReader& bits) {
+    Channel channel;
+    channel.predictor.hasSumPass = bits.read(4) != 0;
+    channel.predictor.shift = bits.read(4);
+    channel.meanFactor = bits.read(3);
+    channel.predictor.order = bits.read(5);
+    for (unsigned k = 0; k < channel.predictor.order; ++k)
+        channel.predictor.taps[k] = static_cast<std::int16_t>(bits.read(16));
+    return channel;
+}
+
+}  // namespace
+
+AlacDecoder::AlacDecoder(const AlacConfig& config, const AlacKernels& kernels)
+    : config_(config), kernels_(kernels), pairs_(std::size_t{2} * config.frameLength) {}
+
+std::uint32_t AlacDecoder::decode(Bytes packet, float* samples) {
+    AlacBitReader bits(packet);
+    frames_ = 0;
+    channelsDone_ = 0;
+    while (channelsDone_ < config_.channels) {
+        const std::uint32_t element = bits.read(3);
+        if (bits.isPastEnd()) return 0;
+        if (element == kSingleChannel || element == kLowFrequency) {
+            if (!decodeElement(bits, packet, 1, samples)) return 0;
+        } else if (element == kChannelPair) {
+            if (!decodeElement(bits, packet, 2, samples)) return 0;
+        } else if (element == kData) {
+            skipData(bits);
+        } else if (element == kFill) {
+            skipFill(bits);
+        } else {
+            return 0;  // the end comes too early, or an element that nothing makes
+        }
+    }
+    return frames_;
+}
+
+bool AlacDecoder::decodeElement(AlacBitReader& bits, Bytes packet, unsigned channels,
+                                float* samples) {
+    if (channels > config_.channels - channelsDone_) return false;
+    bits.read(4);  // instance
+    const bool isReservedClear = bits.read(12) == 0;
+    const bool hasFrames = bits.read(1) != 0;
+    AlacOutput output{.channels = channels, .bitDepth = config_.bitDepth};
+    output.lowBytes = bits.read(2);
+    const bool isPlain = bits.read(1) != 0;
+    const std::uint32_t frames = hasFrames ? bits.read(32) : config_.frameLength;
+    if (!isReservedClear || frames == 0 || frames > config_.frameLength) return false;
+    if (channelsDone_ > 0 && frames != frames_) return false;
+    frames_ = frames;
+    if (isPlain) output.lowBytes = 0;
+    if (!(isPlain ? readPlain(bits, channels) : readPredicted(bits, channels, output)))
+        return false;
+    writeAlacSamples(output, packet, pairs_.data(), frames, samples, config_.channels,
+                     kPlaces[config_.channels - 1] + channelsDone_);
+    channelsDone_ += channels;
+    return true;
+}
+
+bool AlacDecoder::readPlain(AlacBitReader& bits, unsigned channels) {
+    const std::size_t step = channels == 1 ? 2 : 1;
+    for (std::size_t i = 0; i < std::size_t{frames_} * channels; ++i)
+        pairs_[step * i] = static_cast<std::int32_t>(bits.read(config_.bitDepth));
+    return !bits.isPastEnd();
+}
+
+bool AlacDecoder::readPredicted(AlacBitReader& bits, unsigned channels, AlacOutput& output) {
+    const unsigned lowBits = 8 * output.lowBytes;
+    if (output.lowBytes > 2 || lowBits >= config_.bitDepth) return false;
+    // The difference of two channels needs one bit more than they.
+    const unsigned width = config_.bitDepth - lowBits + channels - 1;
+    output.mixShift = bits.read(8);
+    output.mixWeight = static_cast<std::int8_t>(bits.read(8));
+    if (width > 32 || output.mixShift > 31) return false;
+
+    std::array<AlacPredictor, 2> predictors;
+    std::array<AlacCoding, 2> codings;
+    for (unsigned c = 0; c < channels; ++c) {
+        const Channel channel = readChannel(bits);
+        predictors[c] = channel.predictor;
+        codings[c] = {config_.initialMean, config_.meanFactor * channel.meanFactor / 4,
+                      config_.maxCodeBits, width};
+    }
+    output.lowBytesBit = bits.position();
+    bits.seek(bits.position() + std::uint64_t{lowBits} * channels * frames_);
+    for (unsigned c = 0; c < channels; ++c)
+        if (!kernels_.readResiduals(bits, codings[c], pairs_.data() + c, frames_)) return false;
+    kernels_.predict(pairs_.data(), frames_, channels, predictors, width);
+    return true;
+}
+
+}  // namespace atdp::services
