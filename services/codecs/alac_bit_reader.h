@@ -8,43 +8,24 @@
 namespace atdp::services {
 
 // Reads bits, the highest of a byte first. Past the end there are zeros, and isPastEnd() tells.
-//
-// The loop over the residuals lives on this: it works on a copy, which the compiler keeps in
-// registers.
 class AlacBitReader {
  public:
-    explicit AlacBitReader(Bytes bytes) : bytes_(bytes.data()), size_(bytes.size()) { refill(); }
+    explicit AlacBitReader(Bytes bytes) : bytes_(bytes.data()), size_(bytes.size()) {}
 
-    // Makes the next 56 bits available to head() and drop().
-    void refill() {
-        window_ |= wordAt(next_) >> available_;
-        next_ += (63 - available_) >> 3;
-        available_ |= 56;
-    }
-    // The next bits, from the highest on.
-    std::uint64_t head() const { return window_; }
-    void drop(unsigned bits) {
-        window_ <<= bits;
-        available_ -= bits;
-    }
+    // The next 57 bits or more, from the highest on.
+    std::uint64_t peek() const { return wordAt(position_ / 8) << position_ % 8; }
+    void skip(std::uint64_t bits) { position_ += bits; }
 
     // The next 1 to 32 bits.
     std::uint32_t read(unsigned bits) {
-        refill();
-        const auto value = static_cast<std::uint32_t>(window_ >> (64 - bits));
-        drop(bits);
+        const auto value = static_cast<std::uint32_t>(peek() >> (64 - bits));
+        skip(bits);
         return value;
     }
 
-    std::uint64_t position() const { return std::uint64_t{8} * next_ - available_; }
-    void seek(std::uint64_t position) {
-        next_ = position / 8;
-        window_ = 0;
-        available_ = 0;
-        refill();
-        drop(position % 8);
-    }
-    bool isPastEnd() const { return position() > std::uint64_t{8} * size_; }
+    // In bits from the start.
+    std::uint64_t position() const { return position_; }
+    bool isPastEnd() const { return position_ > std::uint64_t{8} * size_; }
 
  private:
     std::uint64_t wordAt(std::size_t offset) const {
@@ -55,7 +36,7 @@ class AlacBitReader {
         }
         return lastWordAt(bytes_, size_, offset);
     }
-    // Static, so that no reader needs an address for it.
+    // Static, so that a reader needs no address and stays in registers.
     [[gnu::noinline]] static std::uint64_t lastWordAt(const std::byte* bytes, std::size_t size,
                                                       std::size_t offset) {
         std::uint64_t word = 0;
@@ -66,9 +47,7 @@ class AlacBitReader {
 
     const std::byte* bytes_;
     std::size_t size_;
-    std::size_t next_ = 0;      // offset of the first byte that is not wholly in the window
-    std::uint64_t window_ = 0;  // may hold bits of that byte and later ones already
-    unsigned available_ = 0;    // bits of the window that count as read
+    std::uint64_t position_ = 0;
 };
 
 }  // namespace atdp::services

@@ -34,14 +34,14 @@ void skipData(AlacBitReader& bits) {
     const bool isAligned = bits.read(1) != 0;
     std::uint32_t bytes = bits.read(8);
     if (bytes == 255) bytes += bits.read(8);
-    const std::uint64_t start = isAligned ? (bits.position() + 7) / 8 * 8 : bits.position();
-    bits.seek(start + std::uint64_t{8} * bytes);
+    if (isAligned) bits.skip((0 - bits.position()) % 8);
+    bits.skip(std::uint64_t{8} * bytes);
 }
 
 void skipFill(AlacBitReader& bits) {
     std::uint32_t bytes = bits.read(4);
     if (bytes == 15) bytes += bits.read(8) - 1;
-    bits.seek(bits.position() + std::uint64_t{8} * bytes);
+    bits.skip(std::uint64_t{8} * bytes);
 }
 
 struct Channel {
@@ -134,7 +134,7 @@ bool AlacDecoder::readPredicted(AlacBitReader& bits, unsigned channels, AlacOutp
                       config_.maxCodeBits, width};
     }
     output.lowBytesBit = bits.position();
-    bits.seek(bits.position() + std::uint64_t{lowBits} * channels * frames_);
+    bits.skip(std::uint64_t{lowBits} * channels * frames_);
     for (unsigned c = 0; c < channels; ++c)
         if (!kernels_.readResiduals(bits, codings[c], pairs_.data() + c, frames_)) return false;
     kernels_.predict(pairs_.data(), frames_, channels, predictors, width);

@@ -1,7 +1,6 @@
 // The body of AlacKernels::readResiduals, to be compiled for several instruction sets.
 #pragma once
 
-#include <algorithm>
 #include <bit>
 
 #include "services/codecs/alac_kernels.h"
@@ -13,82 +12,86 @@ namespace atdp::services {
 inline constexpr unsigned kAlacEscapePrefix = 9;  // ones, behind which a number stands uncoded
 inline constexpr unsigned kAlacMeanFractionBits = 9;
 inline constexpr std::uint32_t kAlacMaxMean = 0xFFFF;
-inline constexpr std::uint32_t kAlacRunMean = 128;  // below, a run of zeros follows
-inline constexpr std::uint32_t kAlacRunEscapeBits = 16;
+inline constexpr std::uint32_t kAlacRunMean = 128;  // below it a run of zeros follows
+inline constexpr unsigned kAlacRunBits = 16;        // of a run that is not coded
 
-// The longest number for which two codes fit what one refill makes available.
+// The longest number for which two codes fit into one peek().
 inline constexpr std::uint32_t kAlacShortCodeBits = 15;
 
 // Reads the length of a run of zeros.
 [[gnu::always_inline]] inline std::uint32_t readAlacRun(AlacBitReader& bits, std::uint32_t mean,
                                                         std::uint32_t maxCodeBits) {
-    bits.refill();
-    const std::uint64_t head = bits.head();
+    const std::uint64_t head = bits.peek();
     const auto prefix = static_cast<unsigned>(std::countl_one(head));
-    std::uint32_t run = 0;
     if (prefix >= kAlacEscapePrefix) {
-        run = static_cast<std::uint32_t>(head << kAlacEscapePrefix >> (64 - kAlacRunEscapeBits));
-        bits.drop(kAlacEscapePrefix + kAlacRunEscapeBits);
-    } else {
-        const unsigned codeBits =
-            static_cast<unsigned>(std::countl_zero(mean)) - 24 + ((mean + 16) >> 6);
-        const std::uint32_t step =
-            ((std::uint32_t{1} << codeBits) - 1) & ((std::uint32_t{1} << maxCodeBits) - 1);
-        const auto rest = static_cast<std::uint32_t>(head << prefix << 1 >> (64 - codeBits));
-        run = prefix * step + (rest > 1 ? rest - 1 : 0);
-        bits.drop(prefix + codeBits + (rest > 1));
+        bits.skip(kAlacEscapePrefix + kAlacRunBits);
+        return static_cast<std::uint32_t>(head << kAlacEscapePrefix >> (64 - kAlacRunBits));
     }
-    bits.refill();
-    return run;
+    const unsigned codeBits =
+        static_cast<unsigned>(std::countl_zero(mean)) - 24 + ((mean + 16) >> 6);
+    const std::uint32_t step =
+        ((std::uint32_t{1} << codeBits) - 1) & ((std::uint32_t{1} << maxCodeBits) - 1);
+    const auto rest = static_cast<std::uint32_t>(head << 1 << prefix >> (64 - codeBits));
+    bits.skip(prefix + codeBits + (rest > 1));
+    return prefix * step + (rest > 1 ? rest - 1 : 0);
 }
 
-// The chain from one code to the next sets the pace: where a code starts and how long its number is
-// are known only after the one before. So a code is taken from the window as it was before the
-// refill, which then happens beside it.
+// How long a code is and what the next one looks like is known only after it, so the chain of
+// operations from code to code sets the pace. Therefore the bits at the next code are not read
+// from the packet, but shifted out of those at this code; products are taken apart, so that the
+// number at the end of the code, which is known last, has the shortest way; and the mean has a bias
+// of what is added to it for each use.
 template <bool HasShortCodes>
 [[gnu::always_inline]] inline bool readAlacResiduals(AlacBitReader& reader,
                                                      const AlacCoding& coding, std::int32_t* out,
                                                      std::uint32_t frames) {
+    constexpr std::uint64_t kBias = 3U << kAlacMeanFractionBits;
     AlacBitReader bits = reader;
-    const std::uint32_t factor = coding.meanFactor;
-    const std::uint32_t maxCodeBits = coding.maxCodeBits;
-    std::uint32_t mean = coding.initialMean;
+    const std::uint64_t factor = coding.meanFactor;
+    const unsigned maxCodeBits = coding.maxCodeBits;
+    std::uint64_t biasedMean = coding.initialMean + kBias;
+    std::uint64_t head = bits.peek();
     std::uint32_t isAfterRun = 0;
-    bits.refill();
     for (std::uint32_t i = 0; i < frames; ++i) {
-        std::uint64_t head = bits.head();
-        bits.refill();
-        if (!HasShortCodes) head = bits.head();
-        // One less than the bits of mean / 512 + 3.
-        unsigned codeBits = 63 - kAlacMeanFractionBits -
-                            static_cast<unsigned>(std::countl_zero(std::uint64_t{mean} +
-                                                                   (3U << kAlacMeanFractionBits)));
-        if (codeBits > maxCodeBits) [[unlikely]]
+        const std::uint64_t word = bits.peek();
+        if (!HasShortCodes) head = word;
+        unsigned codeBits =
+            63 - kAlacMeanFractionBits - static_cast<unsigned>(std::countl_zero(biasedMean));
+        // Certain enough to be a branch, which nothing has to wait for.
+        if (__builtin_expect_with_probability(codeBits > maxCodeBits, 0, 1.0))
             codeBits = maxCodeBits;
+        const std::uint64_t decayed =
+            biasedMean - (factor * (biasedMean - kBias) >> kAlacMeanFractionBits);
         const auto prefix = static_cast<unsigned>(std::countl_one(head));
-        std::uint32_t value = 0;
+        std::uint64_t folded = isAfterRun;
         if (prefix < kAlacEscapePrefix) [[likely]] {
-            const auto rest = static_cast<std::uint32_t>(head << prefix << 1 >> (64 - codeBits));
-            value = prefix * ((std::uint32_t{1} << codeBits) - 1) + (rest > 1 ? rest - 1 : 0);
-            bits.drop(prefix + codeBits + (rest > 1));
+            const std::uint64_t rest = head << 1 << prefix >> (64 - codeBits);
+            const std::uint64_t atLeastOne = rest > 0 ? rest : 1;
+            const unsigned length = prefix + codeBits + (rest > 1);
+            const std::uint64_t others = folded + (std::uint64_t{prefix} << codeBits) - prefix - 1;
+            head = word << length;
+            bits.skip(length);
+            folded = others + atLeastOne;
+            biasedMean = decayed + factor * others + factor * atLeastOne;
         } else {
-            value = static_cast<std::uint32_t>(bits.head() << kAlacEscapePrefix >>
-                                               (64 - coding.escapeBits));
-            bits.drop(kAlacEscapePrefix + coding.escapeBits);
-            bits.refill();
+            folded += word << kAlacEscapePrefix >> (64 - coding.escapeBits);
+            bits.skip(kAlacEscapePrefix + coding.escapeBits);
+            head = bits.peek();
+            biasedMean = decayed + factor * folded;
         }
-        const std::uint32_t folded = value + isAfterRun;
-        out[std::size_t{2} * i] = static_cast<std::int32_t>(folded >> 1 ^ (0 - (folded & 1)));
-        mean += factor * folded - (factor * mean >> kAlacMeanFractionBits);
-        if (value > kAlacMaxMean) [[unlikely]]
-            mean = kAlacMaxMean;
+        out[std::size_t{2} * i] =
+            static_cast<std::int32_t>(static_cast<std::uint32_t>(folded >> 1 ^ (0 - (folded & 1))));
+        if (folded > kAlacMaxMean + isAfterRun) [[unlikely]]
+            biasedMean = kAlacMaxMean + kBias;
         isAfterRun = 0;
-        if (mean < kAlacRunMean && i + 1 < frames) [[unlikely]] {
-            const std::uint32_t run = readAlacRun(bits, mean, maxCodeBits);
+        if (biasedMean < kAlacRunMean + kBias && i + 1 < frames) [[unlikely]] {
+            const auto mean = static_cast<std::uint32_t>(biasedMean - kBias);
+            const std::uint32_t run = readAlacRun(bits, mean, coding.maxCodeBits);
             if (run > frames - 1 - i) return false;
             for (std::uint32_t k = 0; k < run; ++k) out[std::size_t{2} * ++i] = 0;
             isAfterRun = run < kAlacMaxMean;
-            mean = 0;
+            biasedMean = kBias;
+            head = bits.peek();
         }
     }
     reader = bits;
