@@ -45,9 +45,10 @@ Vector sumOfHalves(Vector v) {
 template <std::size_t N>
 struct Predictors {
     Vector taps[N];
-    Vector history[N];  // the newest samples
-    Vector weights[N];  // of the taps in the adaptation: 1 for the oldest, 0 for none
-    Vector active[N];   // 1 where there is a tap
+    Vector newest;           // sample, in all lanes
+    Vector history[N];       // the samples before it
+    Vector olderWeights[N];  // of the history in the adaptation: 1 for the oldest sample used
+    Vector active[N];        // 1 where there is a tap
     Vector shift;
     Vector half;       // what rounds before the shift
     Vector allButOne;  // 2^shift - 1
@@ -57,7 +58,7 @@ struct Predictors {
 template <std::size_t N>
 Predictors<N> load(const std::int32_t* pairs, std::uint32_t frames,
                    const std::array<AlacPredictor, 2>& predictors, unsigned bits) {
-    alignas(Vector) std::int32_t taps[N][8] = {}, history[N][8] = {}, weights[N][8] = {},
+    alignas(Vector) std::int32_t taps[N][8] = {}, history[N][8] = {}, olderWeights[N][8] = {},
                                  active[N][8] = {};
     std::int32_t shift[2], half[2];
     for (std::size_t c = 0; c < 2; ++c) {
@@ -67,11 +68,12 @@ Predictors<N> load(const std::int32_t* pairs, std::uint32_t frames,
         for (std::size_t k = 0; k < predictor.order; ++k) {
             const std::size_t lane = 4 * c + k % 4;
             taps[k / 4][lane] = predictor.taps[k];
-            weights[k / 4][lane] = static_cast<std::int32_t>(predictor.order - k);
             active[k / 4][lane] = 1;
         }
-        for (std::size_t k = 0; k < std::min<std::size_t>(4 * N, frames); ++k)
-            history[k / 4][4 * c + k % 4] = pairs[2 * (frames - 1 - k) + c];
+        for (std::size_t k = 0; k + 1 < predictor.order; ++k)
+            olderWeights[k / 4][4 * c + k % 4] = static_cast<std::int32_t>(predictor.order - k - 1);
+        for (std::size_t k = 0; k < std::min<std::size_t>(4 * N, frames - 1); ++k)
+            history[k / 4][4 * c + k % 4] = pairs[2 * (frames - 2 - k) + c];
     }
     Predictors<N> state;
     for (std::size_t n = 0; n < N; ++n) {
@@ -80,9 +82,10 @@ Predictors<N> load(const std::int32_t* pairs, std::uint32_t frames,
         };
         state.taps[n] = vector(taps);
         state.history[n] = vector(history);
-        state.weights[n] = vector(weights);
+        state.olderWeights[n] = vector(olderWeights);
         state.active[n] = vector(active);
     }
+    state.newest = perChannel(pairs[2 * (frames - 1)], pairs[2 * (frames - 1) + 1]);
     state.shift = perChannel(shift[0], shift[1]);
     state.half = perChannel(half[0], half[1]);
     state.allButOne = perChannel((1 << shift[0]) - 1, (1 << shift[1]) - 1);
@@ -92,46 +95,64 @@ Predictors<N> load(const std::int32_t* pairs, std::uint32_t frames,
 
 // Moves the taps. What is left of the residual at a tap follows from the sum of what the older
 // taps account for; all of that is positive, so a tap moves where that sum is less than the
-// residual.
+// residual. Nothing is older than the newest sample, so only its direction is waited for.
 template <std::size_t N>
 [[gnu::always_inline]] inline void adapt(Predictors<N>& state, const Vector (&distances)[N],
-                                         Vector residual) {
+                                         const Vector (&olderDistances)[N], Vector residual) {
     const Vector rounding = _mm256_and_si256(_mm256_srai_epi32(residual, 31), state.allButOne);
     Vector left = _mm256_abs_epi32(residual);
     for (std::size_t n = N; n-- > 0;) {
-        const Vector size = _mm256_add_epi32(_mm256_abs_epi32(distances[n]), rounding);
-        const Vector accounted =
-            _mm256_mullo_epi32(_mm256_srlv_epi32(size, state.shift), state.weights[n]);
-        Vector older = down1(accounted);
+        const Vector size = _mm256_add_epi32(_mm256_abs_epi32(olderDistances[n]), rounding);
+        Vector older =
+            _mm256_mullo_epi32(_mm256_srlv_epi32(size, state.shift), state.olderWeights[n]);
         older = _mm256_add_epi32(older, down1(older));
         older = _mm256_add_epi32(older, down2(older));
         const Vector moves = _mm256_cmpgt_epi32(left, older);
-        const Vector step =
+        const Vector move =
             _mm256_sign_epi32(_mm256_sign_epi32(state.active[n], residual), distances[n]);
-        state.taps[n] = _mm256_add_epi32(state.taps[n], _mm256_and_si256(step, moves));
-        if (n > 0)
-            left =
-                _mm256_sub_epi32(left, _mm256_shuffle_epi32(_mm256_add_epi32(older, accounted), 0));
+        state.taps[n] = _mm256_add_epi32(state.taps[n], _mm256_and_si256(move, moves));
+        if (n > 0) left = _mm256_sub_epi32(left, _mm256_shuffle_epi32(older, 0));
     }
 }
 
+// What all taps but the first, whose sample is the newest, give; in all lanes of each half.
+// `distances` are those of the history, which starts at the second tap.
 template <std::size_t N>
-[[gnu::always_inline]] inline Vector step(Predictors<N>& state, Vector base, Vector residual) {
-    Vector distances[N];
-    Vector sum = _mm256_setzero_si256();
-    for (std::size_t n = N; n-- > 0;) {
-        distances[n] = _mm256_sub_epi32(state.history[n], base);
-        sum = _mm256_add_epi32(sum, _mm256_mullo_epi32(distances[n], state.taps[n]));
+[[gnu::always_inline]] inline Vector sumOfOlder(const Predictors<N>& state,
+                                                const Vector (&distances)[N]) {
+    Vector sum = _mm256_mullo_epi32(distances[N - 1], down1(state.taps[N - 1]));
+    for (std::size_t n = 0; n + 1 < N; ++n) {
+        const Vector taps = _mm256_alignr_epi8(state.taps[n + 1], state.taps[n], 4);
+        sum = _mm256_add_epi32(sum, _mm256_mullo_epi32(distances[n], taps));
     }
-    const Vector predicted =
-        _mm256_srav_epi32(_mm256_add_epi32(sumOfHalves(sum), state.half), state.shift);
-    const Vector wide = _mm256_add_epi32(_mm256_add_epi32(base, residual), predicted);
-    const Vector sample = _mm256_srav_epi32(_mm256_sllv_epi32(wide, state.narrow), state.narrow);
-    adapt(state, distances, residual);
-    for (std::size_t n = N; n-- > 1;)
-        state.history[n] = _mm256_alignr_epi8(state.history[n], state.history[n - 1], 12);
-    state.history[0] = _mm256_alignr_epi8(state.history[0], sample, 12);
-    return sample;
+    return sumOfHalves(sum);
+}
+
+// Puts `newest` in front of the values.
+template <std::size_t N>
+[[gnu::always_inline]] inline void push(Vector (&values)[N], Vector newest) {
+    for (std::size_t n = N; n-- > 1;) values[n] = _mm256_alignr_epi8(values[n], values[n - 1], 12);
+    values[0] = _mm256_alignr_epi8(values[0], newest, 12);
+}
+
+// Every sample needs the one before it, and little else that is not known long before; so the tap
+// of that one is kept apart from the others.
+template <std::size_t N>
+[[gnu::always_inline]] inline void step(Predictors<N>& state, Vector base, Vector residual) {
+    Vector olderDistances[N], distances[N];
+    for (std::size_t n = 0; n < N; ++n)
+        distances[n] = olderDistances[n] = _mm256_sub_epi32(state.history[n], base);
+    const Vector distance = _mm256_sub_epi32(state.newest, base);
+    push(distances, distance);
+
+    const Vector older = _mm256_add_epi32(sumOfOlder(state, olderDistances), state.half);
+    const Vector firstTap = _mm256_shuffle_epi32(state.taps[0], 0);
+    const Vector sum = _mm256_add_epi32(older, _mm256_mullo_epi32(distance, firstTap));
+    const Vector wide =
+        _mm256_add_epi32(_mm256_add_epi32(base, residual), _mm256_srav_epi32(sum, state.shift));
+    adapt(state, distances, olderDistances, residual);
+    push(state.history, state.newest);
+    state.newest = _mm256_srav_epi32(_mm256_sllv_epi32(wide, state.narrow), state.narrow);
 }
 
 // Goes on at frame `first`, to which the plain version has come.
@@ -144,10 +165,10 @@ void predictFrom(std::uint32_t first, std::int32_t* pairs, std::uint32_t frames,
     for (std::size_t i = first; i < frames; ++i) {
         const Vector base = perChannel(base0[2 * i], base1[2 * i]);
         const Vector residual = perChannel(pairs[2 * i], pairs[2 * i + 1]);
-        const Vector sample = step(state, base, residual);
+        step(state, base, residual);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(pairs + 2 * i),
-                         _mm_unpacklo_epi32(_mm256_castsi256_si128(sample),
-                                            _mm256_extracti128_si256(sample, 1)));
+                         _mm_unpacklo_epi32(_mm256_castsi256_si128(state.newest),
+                                            _mm256_extracti128_si256(state.newest, 1)));
     }
 }
 
