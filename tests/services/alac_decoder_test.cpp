@@ -1,0 +1,305 @@
+// Packets of a real encoder, against the samples that went in; packets of every kind from an
+// encoder of our own; damaged ones; and the fast inner loops against the plain ones.
+#include "services/codecs/alac_decoder.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+#include "tests/support/alac_encoder.h"
+#include "tests/support/byte_builder.h"
+
+namespace atdp::test {
+namespace {
+
+using services::AlacConfig;
+using services::AlacDecoder;
+using services::AlacKernels;
+using services::Bytes;
+using services::parseAlacConfig;
+
+Bytes bytesOf(const std::string& bytes) {
+    return std::as_bytes(std::span(bytes.data(), bytes.size()));
+}
+
+// 32 bits at a time.
+class Random {
+ public:
+    using result_type = std::uint32_t;
+    explicit Random(std::uint32_t seed) : engine_(seed) {}
+    static constexpr result_type min() { return 0; }
+    static constexpr result_type max() { return 0xFFFFFFFF; }
+    result_type operator()() { return static_cast<result_type>(engine_()); }
+
+ private:
+    std::mt19937 engine_;
+};
+
+// The files that tests/data/make describes.
+struct PacketFile {
+    std::uint32_t crc = 0;
+    std::uint32_t frames = 0;
+    std::string cookie;
+    std::vector<std::string> packets;
+};
+
+PacketFile readPacketFile(const std::string& name) {
+    std::ifstream stream(std::string(ATDP_TEST_DATA) + "/" + name, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(stream),
+                            std::istreambuf_iterator<char>()};
+    services::ByteCursor cursor(bytesOf(bytes));
+    PacketFile file{cursor.bigEndian<std::uint32_t>(), cursor.bigEndian<std::uint32_t>(), {}, {}};
+    while (cursor.remainingBytes() > 0) {
+        const Bytes part = cursor.take(cursor.bigEndian<std::uint32_t>());
+        file.packets.emplace_back(reinterpret_cast<const char*>(part.data()), part.size());
+    }
+    file.cookie = file.packets.front();
+    file.packets.erase(file.packets.begin());
+    return file;
+}
+
+std::vector<const AlacKernels*> allKernels() {
+    std::vector<const AlacKernels*> kernels = {&services::plainAlacKernels()};
+    if (const auto* avx2 = services::avx2AlacKernels()) kernels.push_back(avx2);
+    return kernels;
+}
+
+class AlacFile : public testing::TestWithParam<const char*> {};
+
+TEST_P(AlacFile, ComesOutAsItWentIn) {
+    const PacketFile file = readPacketFile(GetParam());
+    const auto config = parseAlacConfig(bytesOf(file.cookie));
+    ASSERT_TRUE(config);
+    for (const AlacKernels* kernels : allKernels()) {
+        AlacDecoder decoder(*config, *kernels);
+        std::vector<float> samples(config->frameLength * config->channels);
+        std::uint32_t frames = 0;
+        uLong crc = crc32(0, nullptr, 0);
+        for (const std::string& packet : file.packets) {
+            const std::uint32_t got = decoder.decode(bytesOf(packet), samples.data());
+            ASSERT_GT(got, 0U);
+            frames += got;
+            for (std::size_t i = 0; i < std::size_t{got} * config->channels; ++i) {
+                const auto value = static_cast<std::int32_t>(std::lround(samples[i] * 0x1p31));
+                crc = crc32(crc, reinterpret_cast<const Bytef*>(&value), sizeof value);
+            }
+        }
+        EXPECT_EQ(frames, file.frames);
+        EXPECT_EQ(crc, file.crc);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, AlacFile,
+                         testing::Values("alac-16-1", "alac-16-2", "alac-16-3", "alac-16-4",
+                                         "alac-16-5", "alac-16-6", "alac-16-7", "alac-16-8",
+                                         "alac-24-1", "alac-24-2", "alac-24-6", "alac-silence",
+                                         "alac-noise", "alac-sine", "alac-one-frame-last"),
+                         [](const auto& parameter) {
+                             std::string name = parameter.param;
+                             std::erase(name, '-');
+                             return name;
+                         });
+
+AlacConfig makeConfig(std::uint32_t bitDepth, std::uint32_t channels) {
+    AlacConfig config;
+    config.frameLength = 512;
+    config.bitDepth = bitDepth;
+    config.meanFactor = 40;
+    config.initialMean = 10;
+    config.maxCodeBits = 14;
+    config.channels = channels;
+    config.sampleRate = 44100;
+    return config;
+}
+
+// A tone with noise, and silence in the middle.
+std::vector<std::int32_t> makeSound(Random& random, std::uint32_t bitDepth, std::size_t frames) {
+    const double full = std::ldexp(0.9, static_cast<int>(bitDepth) - 1);
+    const double noise = std::ldexp(1.0, -static_cast<int>(random() % 14));
+    const double turn = 0.001 * (random() % 500);
+    std::uniform_real_distribution<double> unit(-1, 1);
+    std::vector<std::int32_t> values(frames);
+    for (std::size_t i = 0; i < frames; ++i) {
+        const bool isSilent = i > frames / 2 && i < frames * 3 / 4;
+        const double tone = (1 - noise) * std::sin(turn * static_cast<double>(i));
+        if (!isSilent) values[i] = static_cast<std::int32_t>(full * (tone + noise * unit(random)));
+    }
+    return values;
+}
+
+AlacElement makeElement(Random& random, const AlacConfig& config) {
+    AlacElement element;
+    element.tag = config.channels == 2 ? 1 : 0;
+    element.hasFrames = random() % 2 != 0;
+    const std::size_t frames = element.hasFrames ? 1 + random() % 511 : 512;
+    for (std::uint32_t c = 0; c < config.channels; ++c)
+        element.channels.push_back(makeSound(random, config.bitDepth, frames));
+    element.isPlain = random() % 16 == 0;
+    if (config.bitDepth >= 24) element.lowBytes = random() % 3;
+    if (config.bitDepth == 32 && config.channels == 2) element.lowBytes = 1 + random() % 2;
+    element.mixShift = 1 + random() % 3;
+    element.mixWeight = static_cast<int>(random() % ((1U << element.mixShift) + 2)) - 1;
+    element.mode = random() % 4 == 0 ? 15 : 0;
+    element.shift = random() % 16;
+    element.meanFactor = random() % 8;
+    element.taps.resize(random() % 32);
+    for (std::size_t k = 0; k < element.taps.size(); ++k)
+        element.taps[k] = static_cast<std::int16_t>(random() % (2U << element.shift) >> k / 2);
+    return element;
+}
+
+TEST(AlacDecoder, DecodesEveryKindOfPacket) {
+    Random random(1);
+    for (int round = 0; round < 4000; ++round) {
+        const std::uint32_t depths[] = {16, 20, 24, 32};
+        AlacConfig config = makeConfig(depths[random() % 4], 1 + random() % 2);
+        if (random() % 2 != 0) {
+            config.meanFactor = random() % 64;
+            config.initialMean = random() % 256;
+            config.maxCodeBits = 1 + random() % 24;
+        }
+        const AlacElement element = makeElement(random, config);
+        const std::string packet = alacPacket(element, config);
+        const double scale = std::ldexp(1.0, 1 - static_cast<int>(config.bitDepth));
+        for (const AlacKernels* kernels : allKernels()) {
+            AlacDecoder decoder(config, *kernels);
+            std::vector<float> samples(std::size_t{512} * config.channels);
+            ASSERT_EQ(decoder.decode(bytesOf(packet), samples.data()), element.channels[0].size());
+            for (std::size_t i = 0; i < element.channels[0].size(); ++i)
+                for (std::size_t c = 0; c < config.channels; ++c)
+                    ASSERT_EQ(samples[i * config.channels + c],
+                              static_cast<float>(element.channels[c][i] * scale))
+                        << "round " << round << ", frame " << i << ", channel " << c << ", order "
+                        << element.taps.size() << ", depth " << config.bitDepth;
+        }
+    }
+}
+
+TEST(AlacDecoder, SkipsDataAndFill) {
+    Random random(2);
+    const AlacConfig config = makeConfig(16, 1);
+    const AlacElement element = makeElement(random, config);
+    BitWriter out;
+    out.put(6, 3);  // fill
+    out.put(15, 4);
+    out.put(2, 8);  // 15 + 2 - 1 bytes
+    out.put(~0ULL, 64);
+    out.put(~0ULL, 64);
+    out.put(4, 3);  // data
+    out.put(0, 4);
+    out.put(1, 1);  // aligned
+    out.put(2, 8);
+    out.put(0, 1);
+    out.put(0xFFFF, 16);
+    const std::size_t bitsBefore = 3 + 4 + 8 + 128 + 3 + 4 + 1 + 8;
+    ASSERT_EQ((bitsBefore + 1) % 8, 0U);
+    putElement(out, element, config);
+    std::vector<float> samples(512);
+    EXPECT_EQ(AlacDecoder(config).decode(bytesOf(out.bytes()), samples.data()),
+              element.channels[0].size());
+    EXPECT_EQ(samples[0], static_cast<float>(element.channels[0][0]) * 0x1p-15F);
+}
+
+// Cut at every byte: refused before the end of the sound. Flipped bits: anything, but within
+// bounds, and the same from all kernels.
+TEST(AlacDecoder, EnduresDamage) {
+    Random random(3);
+    for (int round = 0; round < 40; ++round) {
+        const AlacConfig config = makeConfig(round % 2 != 0 ? 24 : 16, 1 + random() % 2);
+        const std::string packet = alacPacket(makeElement(random, config), config);
+        std::vector<float> expected(std::size_t{512} * config.channels), samples(expected);
+        for (std::size_t size = 0; size + 1 < packet.size(); ++size) {
+            // A copy of its own, so that reading past it is noticed.
+            const std::vector<char> cut(packet.begin(),
+                                        packet.begin() + static_cast<std::ptrdiff_t>(size));
+            EXPECT_EQ(AlacDecoder(config).decode(std::as_bytes(std::span(cut)), samples.data()),
+                      0U);
+        }
+        for (int i = 0; i < 300; ++i) {
+            std::vector<char> damaged(packet.begin(), packet.end());
+            for (int k = 0; k < 1 + i % 4; ++k)
+                damaged[random() % (i % 2 != 0 ? damaged.size() : 24) % damaged.size()] ^=
+                    static_cast<char>(1 << random() % 8);
+            const Bytes bytes = std::as_bytes(std::span(damaged));
+            AlacDecoder plain(config, services::plainAlacKernels()), best(config);
+            const std::uint32_t frames = plain.decode(bytes, expected.data());
+            ASSERT_EQ(best.decode(bytes, samples.data()), frames);
+            ASSERT_EQ(std::memcmp(expected.data(), samples.data(),
+                                  sizeof(float) * frames * config.channels),
+                      0);
+        }
+    }
+}
+
+// Residuals that no encoder would make, over all orders, shifts and widths.
+TEST(AlacKernels, GiveTheSame) {
+    const auto kernels = allKernels();
+    Random random(4);
+    for (int round = 0; round < 8000; ++round) {
+        const unsigned bits = 1 + random() % 32;
+        std::vector<std::int32_t> plain(2 * (1 + random() % 200));
+        for (auto& value : plain) value = static_cast<std::int32_t>(random()) >> random() % 32;
+        for (auto& value : plain) value >>= 32 - bits;
+        std::array<services::AlacPredictor, 2> predictors;
+        for (auto& predictor : predictors) {
+            predictor.hasSumPass = random() % 4 == 0;
+            predictor.order = random() % (round % 2 != 0 ? 10 : 32);
+            predictor.shift = random() % 16;
+            for (auto& tap : predictor.taps) tap = static_cast<std::int16_t>(random());
+        }
+        auto fast = plain;
+        auto others = predictors;
+        const auto frames = static_cast<std::uint32_t>(plain.size() / 2);
+        kernels.front()->predict(plain.data(), frames, 2, predictors, bits);
+        kernels.back()->predict(fast.data(), frames, 2, others, bits);
+        ASSERT_EQ(plain, fast) << "round " << round;
+    }
+}
+
+std::string cookieOf(std::uint32_t frameLength, int version, int depth, int codeBits,
+                     int channels) {
+    std::string cookie = bigEndian(frameLength);
+    for (const int byte : {version, depth, 40, 10, codeBits, channels, 0, 255})
+        cookie += static_cast<char>(byte);
+    return cookie + bigEndian(std::uint32_t{7}) + bigEndian(std::uint32_t{8}) +
+           bigEndian(std::uint32_t{48000});
+}
+
+TEST(AlacConfig, IsReadWithAndWithoutWrapper) {
+    const std::string bare = cookieOf(4096, 0, 24, 14, 6);
+    const std::string format = bigEndian(std::uint32_t{12}) + "frmaalac";
+    const std::string atom = bigEndian(std::uint32_t{36}) + "alac" + std::string(4, '\0');
+    const std::string layout = bigEndian(std::uint32_t{24}) + "chan" + std::string(16, '\1');
+    for (const std::string& cookie :
+         {bare, bare + layout, atom + bare, format + atom + bare + layout}) {
+        const auto config = parseAlacConfig(bytesOf(cookie));
+        ASSERT_TRUE(config);
+        EXPECT_EQ(config->frameLength, 4096U);
+        EXPECT_EQ(config->bitDepth, 24U);
+        EXPECT_EQ(config->meanFactor, 40U);
+        EXPECT_EQ(config->initialMean, 10U);
+        EXPECT_EQ(config->maxCodeBits, 14U);
+        EXPECT_EQ(config->channels, 6U);
+        EXPECT_EQ(config->maxPacketBytes, 7U);
+        EXPECT_EQ(config->averageBitRate, 8U);
+        EXPECT_EQ(config->sampleRate, 48000U);
+    }
+}
+
+TEST(AlacConfig, RefusesTheImpossible) {
+    for (const std::string& cookie :
+         {std::string(), cookieOf(4096, 0, 16, 14, 2).substr(0, 23), cookieOf(0, 0, 16, 14, 2),
+          cookieOf(65537, 0, 16, 14, 2), cookieOf(4096, 1, 16, 14, 2), cookieOf(4096, 0, 8, 14, 2),
+          cookieOf(4096, 0, 16, 0, 2), cookieOf(4096, 0, 16, 32, 2), cookieOf(4096, 0, 16, 14, 0),
+          cookieOf(4096, 0, 16, 14, 9)})
+        EXPECT_FALSE(parseAlacConfig(bytesOf(cookie)));
+}
+
+}  // namespace
+}  // namespace atdp::test
