@@ -50,7 +50,7 @@ struct PacketFile {
 };
 
 PacketFile readPacketFile(const std::string& name) {
-    std::ifstream stream(std::string(ATDP_TEST_DATA) + "/" + name, std::ios::binary);
+    std::ifstream stream(std::string(ATDP_TEST_DATA) + "/" + name + ".packets", std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(stream),
                             std::istreambuf_iterator<char>()};
     services::ByteCursor cursor(bytesOf(bytes));
@@ -59,6 +59,7 @@ PacketFile readPacketFile(const std::string& name) {
         const Bytes part = cursor.take(cursor.bigEndian<std::uint32_t>());
         file.packets.emplace_back(reinterpret_cast<const char*>(part.data()), part.size());
     }
+    if (file.packets.empty()) return file;  // and the cookie is refused
     file.cookie = file.packets.front();
     file.packets.erase(file.packets.begin());
     return file;
