@@ -18,7 +18,7 @@ enum Element : unsigned {
 
 // Where the channels of a packet belong in the order of WAVE. They come center first, then pairs
 // from front to back, then what is alone in the back and the low frequencies.
-constexpr std::uint8_t kPlaces[kMaxAlacChannels][kMaxAlacChannels] = {
+constexpr std::array<std::array<std::uint8_t, kMaxAlacChannels>, kMaxAlacChannels> kPlaces{{
     {0},                       // C
     {0, 1},                    // L R
     {2, 0, 1},                 // C L R
@@ -27,7 +27,7 @@ constexpr std::uint8_t kPlaces[kMaxAlacChannels][kMaxAlacChannels] = {
     {2, 0, 1, 4, 5, 3},        // C L R Ls Rs LFE
     {2, 0, 1, 4, 5, 6, 3},     // C L R Ls Rs Cs LFE
     {2, 6, 7, 0, 1, 4, 5, 3},  // C Lc Rc L R Ls Rs LFE
-};
+}};
 
 void skipData(AlacBitReader& bits) {
     bits.read(4);  // instance
@@ -104,7 +104,7 @@ bool AlacDecoder::decodeElement(AlacBitReader& bits, Bytes packet, unsigned chan
     if (!(isPlain ? readPlain(bits, channels) : readPredicted(bits, channels, output)))
         return false;
     writeAlacSamples(output, packet, pairs_.data(), frames, samples, config_.channels,
-                     kPlaces[config_.channels - 1] + channelsDone_);
+                     &kPlaces[config_.channels - 1][channelsDone_]);
     channelsDone_ += channels;
     return true;
 }
@@ -122,7 +122,7 @@ bool AlacDecoder::readPredicted(AlacBitReader& bits, unsigned channels, AlacOutp
     // The difference of two channels needs one bit more than they.
     const unsigned width = config_.bitDepth - lowBits + channels - 1;
     output.mixShift = bits.read(8);
-    output.mixWeight = static_cast<std::int8_t>(bits.read(8));
+    output.mixWeight = static_cast<std::int32_t>(bits.read(8) << 24) >> 24;  // has a sign
     if (width > 32 || output.mixShift > 31) return false;
 
     std::array<AlacPredictor, 2> predictors;

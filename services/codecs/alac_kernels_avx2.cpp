@@ -7,6 +7,7 @@
 #include "services/codecs/alac_prediction.h"
 #include "services/codecs/alac_residuals.h"
 
+// After the includes: what other files compile too must not need these instructions.
 #pragma GCC push_options
 #pragma GCC target("avx2,bmi,bmi2,lzcnt")
 
@@ -41,7 +42,8 @@ Vector sumOfHalves(Vector v) {
     return _mm256_add_epi32(v, _mm256_shuffle_epi32(v, 0xB1));
 }
 
-// The state of two predictors with up to 4 * N taps each.
+// The state of two predictors with up to 4 * N taps each. In bare arrays, because vectors lose
+// their alignment as arguments of templates.
 template <std::size_t N>
 struct Predictors {
     Vector taps[N];

@@ -1,6 +1,7 @@
 #include "services/codecs/alac_output.h"
 
 #include <algorithm>
+#include <array>
 
 namespace atdp::services {
 namespace {
@@ -9,14 +10,14 @@ namespace {
 constexpr std::uint32_t kBlockFrames = 512;
 
 void unmix(std::int32_t* pairs, std::uint32_t frames, std::int32_t weight, unsigned shift) {
-    for (std::uint32_t i = 0; i < frames; ++i) {
-        const auto sum = static_cast<std::uint32_t>(pairs[2 * i]);
-        const auto difference = static_cast<std::uint32_t>(pairs[2 * i + 1]);
+    for (std::size_t i = 0; i < std::size_t{2} * frames; i += 2) {
+        const auto sum = static_cast<std::uint32_t>(pairs[i]);
+        const auto difference = static_cast<std::uint32_t>(pairs[i + 1]);
         const auto part =
             static_cast<std::int32_t>(static_cast<std::uint32_t>(weight) * difference);
         const std::uint32_t left = sum + difference - static_cast<std::uint32_t>(part >> shift);
-        pairs[2 * i] = static_cast<std::int32_t>(left);
-        pairs[2 * i + 1] = static_cast<std::int32_t>(left - difference);
+        pairs[i] = static_cast<std::int32_t>(left);
+        pairs[i + 1] = static_cast<std::int32_t>(left - difference);
     }
 }
 
@@ -58,7 +59,7 @@ void appendLowOf(const AlacOutput& output, Bytes packet, std::int32_t* pairs, st
 void writeAlacSamples(const AlacOutput& output, Bytes packet, std::int32_t* pairs,
                       std::uint32_t frames, float* samples, unsigned stride,
                       const std::uint8_t* places) {
-    float block[2 * kBlockFrames];
+    std::array<float, std::size_t{2} * kBlockFrames> block;
     const bool isPlainStereo = output.channels == 2 && stride == 2;
     for (std::uint32_t first = 0; first < frames; first += kBlockFrames) {
         const std::uint32_t count = std::min(kBlockFrames, frames - first);
@@ -67,11 +68,11 @@ void writeAlacSamples(const AlacOutput& output, Bytes packet, std::int32_t* pair
         if (output.channels == 2 && output.mixWeight != 0)
             unmix(part, count, output.mixWeight, output.mixShift);
         if (output.lowBytes > 0) appendLowOf(output, packet, part, first, count);
-        toFloats(part, 2 * count, output.bitDepth, isPlainStereo ? to : block);
+        toFloats(part, 2 * count, output.bitDepth, isPlainStereo ? to : block.data());
         if (isPlainStereo) continue;
         for (unsigned c = 0; c < output.channels; ++c)
             for (std::uint32_t i = 0; i < count; ++i)
-                to[std::size_t{stride} * i + places[c]] = block[2 * i + c];
+                to[std::size_t{stride} * i + places[c]] = block[std::size_t{2} * i + c];
     }
 }
 
