@@ -22,10 +22,13 @@ inline constexpr std::uint32_t kAudioFileAIFCType = fourCharCode("AIFC");
 inline constexpr std::uint32_t kAudioFileMP1Type = fourCharCode("MPG1");
 inline constexpr std::uint32_t kAudioFileMP2Type = fourCharCode("MPG2");
 inline constexpr std::uint32_t kAudioFileMP3Type = fourCharCode("MPG3");
+inline constexpr std::uint32_t kAudioFileM4AType = fourCharCode("m4af");
+inline constexpr std::uint32_t kAudioFileMPEG4Type = fourCharCode("mp4f");
 
 // Values of mFormatID.
 inline constexpr std::uint32_t kAudioFormatLinearPCM = fourCharCode("lpcm");
 inline constexpr std::uint32_t kAudioFormatAppleLossless = fourCharCode("alac");
+inline constexpr std::uint32_t kAudioFormatMPEG4AAC = fourCharCode("aac ");
 inline constexpr std::uint32_t kAudioFormatMPEGLayer1 = fourCharCode(".mp1");
 inline constexpr std::uint32_t kAudioFormatMPEGLayer2 = fourCharCode(".mp2");
 inline constexpr std::uint32_t kAudioFormatMPEGLayer3 = fourCharCode(".mp3");
@@ -38,6 +41,12 @@ inline constexpr std::uint32_t kAudioFormatFlagIsBigEndian = 2;
 inline constexpr std::uint32_t kAudioFormatFlagIsSignedInteger = 4;
 inline constexpr std::uint32_t kAudioFormatFlagIsPacked = 8;
 inline constexpr std::uint32_t kAudioFormatFlagIsAlignedHigh = 16;
+
+// Values of mFormatFlags for Apple Lossless: the bits of the sound that was encoded.
+inline constexpr std::uint32_t kAppleLosslessFormatFlag_16BitSourceData = 1;
+inline constexpr std::uint32_t kAppleLosslessFormatFlag_20BitSourceData = 2;
+inline constexpr std::uint32_t kAppleLosslessFormatFlag_24BitSourceData = 3;
+inline constexpr std::uint32_t kAppleLosslessFormatFlag_32BitSourceData = 4;
 
 // What a run of sound data looks like. A field that a format leaves open is 0.
 struct AudioStreamBasicDescription {

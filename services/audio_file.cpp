@@ -6,11 +6,13 @@
 #include <optional>
 #include <vector>
 
+#include "services/containers/mpeg4.h"
 #include "services/core_foundation_object.h"
 #include "services/edge.h"
 #include "services/handle_table.h"
 #include "services/limits.h"
 #include "services/tags/information.h"
+#include "services/tags/mpeg4_information.h"
 
 namespace atdp::services {
 namespace {
@@ -58,7 +60,9 @@ bool isMpegFile(const SoundFile& sound) {
 OSStatus getInformation(SoundFile& sound, std::uint32_t* dataBytes, void* data) {
     const TextMap information =
         isMpegFile(sound) ? readMpegInformation(sound.source())
-                          : readChunkInformation(sound.source(), sound.description().tagChunks);
+        : isMpeg4(sound.description())
+            ? readMpeg4Information(sound.source())
+            : readChunkInformation(sound.source(), sound.description().tagChunks);
     return copyDictionary(std::make_unique<CFDictionary>(information), dataBytes, data);
 }
 

@@ -36,9 +36,13 @@ inline constexpr std::size_t kWalkBlockBytes = 256 * 1024;
 // text or a torn tag there; a file without a packet in its first megabyte is something else.
 inline constexpr std::uint64_t kMaxLeadingJunkBytes = 1024 * 1024;
 
-// Packets of one MPEG stream: 121 hours at 44.1 kHz. A hostile file can hold packets of a few bytes
-// each, and all are kept in memory.
-inline constexpr std::size_t kMaxMpegPackets = 16 * 1024 * 1024;
+// The smallest packet that a table may state for all packets at once. No packet with sound in it is
+// smaller, and so a table that has no bytes of its own cannot take more memory than the file has.
+inline constexpr std::uint32_t kMinCommonPacketBytes = 8;
+
+// Packets of one stream: 121 hours of MPEG audio at 44.1 kHz, in 128 MB of memory. A hostile file
+// can hold packets of a few bytes each.
+inline constexpr std::uint64_t kMaxPackets = 16 * 1024 * 1024;
 
 // The largest packet of free-format MPEG audio: nearly three times the largest that a stated bit
 // rate gives, 2,880 bytes.

@@ -6,9 +6,8 @@
 #include <string>
 
 #include "services/codecs/frame_reader.h"
-#include "services/codecs/mpeg_packets.h"
-#include "services/codecs/packet_reader.h"
 #include "services/containers/sound_description.h"
+#include "services/packet_stream.h"
 
 namespace atdp::services {
 
@@ -35,14 +34,12 @@ class SoundFile {
     SoundFile(std::shared_ptr<ByteSource> source, const SoundDescription& description)
         : source_(std::move(source)), description_(description) {}
 
-    bool isMpeg() const;
-    Result<const MpegPackets*> mpegPackets();
-    Result<PacketLayout> mpegLayout();
-    Result<std::unique_ptr<FrameReader>> makeMpegReader();
+    Result<const PacketStream*> packetStream();
+    Result<std::unique_ptr<FrameReader>> makePacketReader();
 
     std::shared_ptr<ByteSource> source_;
     SoundDescription description_;
-    std::shared_ptr<const MpegPackets> mpegPackets_;  // once they are found
+    std::optional<PacketStream> packetStream_;  // once it is found
 };
 
 }  // namespace atdp::services

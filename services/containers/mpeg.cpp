@@ -93,10 +93,7 @@ Result<SoundDescription> describeRange(ByteSource& source, ByteRange range,
     SoundDescription sound;
     sound.fileType = fileTypeFor(header);
     sound.data = {(*found)->offset, range.end() - (*found)->offset};
-    sound.format.mSampleRate = header.rate();
-    sound.format.mFormatID = formatFor(header);
-    sound.format.mFramesPerPacket = header.framesPerPacket();
-    sound.format.mChannelsPerFrame = header.channels();
+    sound.format = mpegFormat(header);
     return sound;
 }
 
@@ -111,7 +108,7 @@ class PacketWalk {
 
     Result<MpegPackets> run() {
         std::uint64_t offset = scanner_.range().offset;
-        while (offset < scanner_.range().end() && found_.packets.size() < kMaxMpegPackets) {
+        while (offset < scanner_.range().end() && found_.packets.size() < kMaxPackets) {
             const auto frame = scanner_.frameAt(offset, stream_);
             if (!frame) return frame.failure();
             const bool isWhole = *frame && (*frame)->end() <= scanner_.range().end();
@@ -120,7 +117,7 @@ class PacketWalk {
             if (!next) return next.failure();
             offset = *next;
         }
-        applyCounts();
+        if (info_) applyInfoFrame(found_, *info_, stream_.header.framesPerPacket(), endIsTorn_);
         return std::move(found_);
     }
 
@@ -171,28 +168,8 @@ class PacketWalk {
             found_.packets.emplace_back(offset, gap);
     }
 
-    // Believes the encoder's counts where the packets bear them out. A file that was cut short has
-    // lost the padding that was to come at its end.
-    void applyCounts() {
-        if (!info_ || (info_->delayFrames == 0 && info_->paddingFrames == 0)) return;
-        const std::uint64_t packets = found_.packets.size();
-        // Some writers count their own frame in.
-        const bool isCutShort = info_->packets > packets + (endIsTorn_ ? 0 : 1);
-        const std::uint32_t priming = info_->delayFrames + kDecoderDelayFrames;
-        const std::uint32_t padding = isCutShort ? 0 : info_->paddingFrames;
-        const std::uint32_t remainder =
-            padding > kDecoderDelayFrames ? padding - kDecoderDelayFrames : 0;
-        if (packets * stream_.header.framesPerPacket() < std::uint64_t{priming} + remainder) return;
-        found_.hasGaplessCounts = true;
-        found_.primingFrames = priming;
-        found_.remainderFrames = remainder;
-    }
-
     // Enough of a frame to read what it tells of the stream.
     static constexpr std::size_t kInfoFrameBytes = 200;
-
-    // What a layer III decoder is late by, with the filterbank's 1 frame: 528 + 1.
-    static constexpr std::uint32_t kDecoderDelayFrames = 529;
 
     MpegScanner& scanner_;
     MpegStream stream_;
@@ -202,6 +179,20 @@ class PacketWalk {
 };
 
 }  // namespace
+
+bool isMpegAudio(std::uint32_t format) {
+    return format == kAudioFormatMPEGLayer1 || format == kAudioFormatMPEGLayer2 ||
+           format == kAudioFormatMPEGLayer3;
+}
+
+AudioStreamBasicDescription mpegFormat(const MpegHeader& header) {
+    AudioStreamBasicDescription format{};
+    format.mSampleRate = header.rate();
+    format.mFormatID = formatFor(header);
+    format.mFramesPerPacket = header.framesPerPacket();
+    format.mChannelsPerFrame = header.channels();
+    return format;
+}
 
 Result<SoundDescription> describeMpeg(ByteSource& source) {
     std::array<std::byte, 12> head;

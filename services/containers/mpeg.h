@@ -4,10 +4,17 @@
 
 #include <memory>
 
+#include "services/codecs/mpeg_header.h"
 #include "services/codecs/mpeg_packets.h"
 #include "services/containers/sound_description.h"
 
 namespace atdp::services {
+
+// Whether a format code is that of MPEG audio.
+bool isMpegAudio(std::uint32_t format);
+
+// The format of a stream whose first frame has that header.
+AudioStreamBasicDescription mpegFormat(const MpegHeader& header);
 
 // Recognises a file by several headers in a row that agree. kUnknownFileType when there are none.
 Result<SoundDescription> describeMpeg(ByteSource& source);

@@ -62,4 +62,22 @@ std::optional<MpegInfoFrame> parseMpegInfoFrame(const MpegHeader& header, Bytes 
     return std::nullopt;
 }
 
+// A file that was cut short has lost the padding that was to come at its end.
+void applyInfoFrame(MpegPackets& found, const MpegInfoFrame& info, std::uint32_t framesPerPacket,
+                    bool endIsTorn) {
+    // What a layer III decoder is late by, with the filterbank's 1 frame: 528 + 1.
+    constexpr std::uint32_t kDecoderDelayFrames = 529;
+    if (info.delayFrames == 0 && info.paddingFrames == 0) return;
+    const std::uint64_t packets = found.packets.size();
+    const bool isCutShort = info.packets > packets + (endIsTorn ? 0 : 1);  // some count their own
+    const std::uint32_t priming = info.delayFrames + kDecoderDelayFrames;
+    const std::uint32_t padding = isCutShort ? 0 : info.paddingFrames;
+    const std::uint32_t remainder =
+        padding > kDecoderDelayFrames ? padding - kDecoderDelayFrames : 0;
+    if (packets * framesPerPacket < std::uint64_t{priming} + remainder) return;
+    found.hasGaplessCounts = true;
+    found.primingFrames = priming;
+    found.remainderFrames = remainder;
+}
+
 }  // namespace atdp::services

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "services/codecs/mpeg_header.h"
+#include "services/codecs/mpeg_packets.h"
 
 namespace atdp::services {
 
@@ -19,5 +20,10 @@ struct MpegInfoFrame {
 
 // Reads a packet that starts with `header`; none where the packet holds sound.
 std::optional<MpegInfoFrame> parseMpegInfoFrame(const MpegHeader& header, Bytes packet);
+
+// Takes the encoder's counts over where the packets that were found bear them out. `endIsTorn`: a
+// further packet was there in part.
+void applyInfoFrame(MpegPackets& found, const MpegInfoFrame& info, std::uint32_t framesPerPacket,
+                    bool endIsTorn);
 
 }  // namespace atdp::services

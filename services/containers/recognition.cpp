@@ -4,19 +4,30 @@
 
 #include "services/containers/aiff.h"
 #include "services/containers/mpeg.h"
+#include "services/containers/mpeg4.h"
 #include "services/containers/wave.h"
 #include "services/io/block_cache.h"
 
 namespace atdp::services {
 
+namespace {
+
+constexpr std::size_t kHeadBytes = 12;  // what containers are told apart by
+
+}  // namespace
+
 Result<SoundDescription> describeSound(ByteSource& source) {
     BlockCache headers(source);
-    std::array<std::byte, 12> head;
+    std::array<std::byte, kHeadBytes> head;
     const auto got = headers.readAt(0, head);
     if (!got) return got.failure();
     const Bytes known = std::span(head).first(*got);
     if (isWave(known)) return describeWave(headers);
     if (isAiff(known)) return describeAiff(headers);
+    if (mayBeMpeg4(known)) {
+        const auto sound = describeMpeg4(headers);
+        if (sound || sound.failure() != Failure::kUnknownFileType) return sound;
+    }
     return describeMpeg(source);
 }
 

@@ -1,7 +1,6 @@
 #include "services/tags/id3v2_tag.h"
 
 #include <commentsframe.h>
-#include <id3v1genres.h>
 #include <id3v2framefactory.h>
 #include <id3v2header.h>
 #include <textidentificationframe.h>
@@ -11,6 +10,7 @@
 #include <optional>
 #include <utility>
 
+#include "services/tags/genres.h"
 #include "services/tags/text.h"
 #include "services/text/utf16.h"
 #include "services/text/utf8.h"
@@ -89,7 +89,7 @@ std::string genreName(const std::string& genre) {
     const char* end = genre.data() + genre.size();
     const auto scanned = std::from_chars(genre.data(), end, number);
     if (scanned.ec != std::errc() || scanned.ptr != end) return genre;
-    const std::string name = utf8Of(TagLib::ID3v1::genre(number));
+    const std::string name = genreOfNumber(number);
     return name.empty() ? genre : name;
 }
 

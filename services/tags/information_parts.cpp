@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "services/limits.h"
+#include "services/tags/text.h"
 
 namespace atdp::services {
 namespace {
@@ -15,13 +16,6 @@ std::string commentOf(const TextMap& comments) {
     for (const auto& [description, text] : comments)  // in order, the empty one first
         if (!description.starts_with("iTun")) return text;
     return {};
-}
-
-// The year of a date such as 2004-05-06; what does not start as one stays as it is.
-std::string yearOf(const std::string& date) {
-    constexpr std::size_t kDigits = 4;
-    const bool isDate = date.size() > kDigits && date.find_first_not_of("0123456789") == kDigits;
-    return isDate ? date.substr(0, kDigits) : date;
 }
 
 }  // namespace

@@ -22,4 +22,10 @@ std::string joinedValues(std::string_view values) {
     return joined;
 }
 
+std::string yearOf(const std::string& date) {
+    constexpr std::size_t kDigits = 4;
+    const bool isDate = date.size() > kDigits && date.find_first_not_of("0123456789") == kDigits;
+    return isDate ? date.substr(0, kDigits) : date;
+}
+
 }  // namespace atdp::services

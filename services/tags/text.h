@@ -16,4 +16,7 @@ std::string fromUtf8OrWindows1252(std::string_view bytes);
 // The values that NULs separate, without empty ones, as "A; B".
 std::string joinedValues(std::string_view values);
 
+// The year of a date such as 2004-05-06; what does not start as one stays as it is.
+std::string yearOf(const std::string& date);
+
 }  // namespace atdp::services

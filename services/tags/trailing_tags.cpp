@@ -1,12 +1,12 @@
 #include "services/tags/trailing_tags.h"
 
-#include <id3v1genres.h>
 #include <strings.h>
 
 #include <string>
 #include <string_view>
 
 #include "services/limits.h"
+#include "services/tags/genres.h"
 #include "services/tags/text.h"
 #include "services/text/utf8.h"
 
@@ -71,7 +71,7 @@ TextMap readId3v1Tag(Bytes tag) {
     const bool hasTrack = tag[125] == std::byte{0} && track != 0;
     if (hasTrack) add(texts, "track number", std::to_string(track));
     add(texts, "comments", fixedText(tag.subspan(97, hasTrack ? 28 : 30)));
-    add(texts, "genre", TagLib::ID3v1::genre(std::to_integer<int>(tag[127])).to8Bit(true));
+    add(texts, "genre", genreOfNumber(std::to_integer<int>(tag[127])));
     return texts;
 }
 
