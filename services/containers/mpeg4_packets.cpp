@@ -41,8 +41,8 @@ Result<MpegPackets> collectFrames(MpegScanner& scanner, const MpegStream& stream
     for (const PacketPlace& place : places) {
         const auto frame = scanner.frameAt(place.offset(), stream);
         if (!frame) return frame.failure();
-        if (!*frame || place.bytes() < MpegHeader::kBytes) continue;
-        const std::uint32_t bytes = std::min(place.bytes(), (*frame)->bytes);
+        const std::uint32_t bytes = *frame ? std::min(place.bytes(), (*frame)->bytes) : 0;
+        if (bytes < MpegHeader::kBytes) continue;
         if (found.packets.empty() && !info) {
             const auto packet = scanner.at(place.offset(), bytes);
             if (!packet) return packet.failure();
@@ -83,7 +83,8 @@ Result<MpegPackets> readMpegTrack(const std::shared_ptr<ByteSource>& source) {
     if (!*header) return kGone;
     const auto table = readSampleTable(headers, track->sampleTable);
     if (!table) return table.failure();
-    MpegScanner scanner(source, {0, source->sizeBytes()}, kWalkBlockBytes);
+    // In small blocks: the packets may be in any order, and far from each other.
+    MpegScanner scanner(source, {0, source->sizeBytes()}, kHeaderBlockBytes);
     return collectFrames(scanner, {**header, freeFormatBytes(**header, table->packets)},
                          table->packets);
 }

@@ -1,7 +1,6 @@
 #include "services/tags/mpeg4_information.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <optional>
 #include <string>
@@ -15,6 +14,8 @@
 #include "services/limits.h"
 #include "services/tags/genres.h"
 #include "services/tags/text.h"
+#include "services/text/utf16.h"
+#include "services/text/utf8.h"
 
 namespace atdp::services {
 namespace {
