@@ -149,16 +149,16 @@ std::string itemText(ByteSource& source, const Atom& item) {
 
 }  // namespace
 
-TextMap readMpeg4Information(ByteSource& file) {
-    BlockCache source(file);
+TextMap readMpeg4Information(ByteSource& source) {
+    BlockCache headers(source);
     TextMap information;
-    const auto items = findItems(source);
+    const auto items = findItems(headers);
     if (!items) return information;
-    AtomWalk walk(source, *items);
+    AtomWalk walk(headers, *items);
     for (auto atom = walk.next(); atom && *atom; atom = walk.next()) {
         const char* name = nameOfItem((*atom)->type);
         if (name == nullptr || information.contains(name)) continue;
-        const std::string text = itemText(source, **atom);
+        const std::string text = itemText(headers, **atom);
         if (!text.empty())
             information.emplace(name, name == std::string_view("year") ? yearOf(text) : text);
     }
