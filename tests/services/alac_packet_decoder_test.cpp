@@ -19,10 +19,10 @@ class AlacPackets : public testing::Test {
         const auto packets =
             std::make_shared<const std::vector<PacketPlace>>(std::vector<PacketPlace>{place});
         services::AlacConfig config;
-        config.framesPerPacket = kFrames;
+        config.frameLength = kFrames;
         config.bitDepth = 16;
         config.channels = kChannels;
-        config.rate = 44100;
+        config.sampleRate = 44100;
         services::AlacPacketDecoder decoder(source_, packets, config);
         samples_.assign(kFrames * kChannels, 1.0F);
         return decoder.decode(0, samples_.data());
