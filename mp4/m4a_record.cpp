@@ -15,17 +15,25 @@ namespace {
 constexpr std::size_t kSizesStart = sizeof(m4a) - sizeof(m4a.stsz.sizes);
 std::size_t zerosStart = kSizesStart;
 
+// What may still be copied for this file. A whole record is 2.4 MB, which a real file fills once; a
+// broken one can hold table upon table, each of which would be copied anew.
+constexpr std::size_t kMostCopiedBytes = 64 * 1024 * 1024;
+std::size_t copyBudgetBytes = kMostCopiedBytes;
+
 }  // namespace
 
 void clearRecord() {
     std::memset(&m4a, 0, sizeof(m4a));
     zerosStart = kSizesStart;
+    copyBudgetBytes = kMostCopiedBytes;
 }
 
 void copyToRecord(std::span<const std::uint8_t> source, std::size_t bytes, void* field) {
     const auto target = recordFrom(field);
     const std::size_t end = std::min(bytes, target.size());
     const std::size_t there = std::min(end, source.size());
+    if (there > copyBudgetBytes) return;
+    copyBudgetBytes -= there;
     if (there > 0) std::memcpy(target.data(), source.data(), there);
     const std::size_t start = sizeof(m4a) - target.size();
     const std::size_t zerosEnd = std::min(start + end, zerosStart);

@@ -128,6 +128,7 @@ void clearRecord();
 
 // Copies bytes to a field of m4a and, where they are more than it holds, to the fields behind it.
 // Bytes that the source lacks are zeros; those that would go beyond the record's end are left out.
+// After 64 MB for one file nothing more is copied.
 void copyToRecord(std::span<const std::uint8_t> source, std::size_t bytes, void* field);
 
 // The record's bytes from a field of m4a to the record's end.

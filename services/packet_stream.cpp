@@ -39,8 +39,10 @@ Result<PacketStream> findMpegStream(const std::shared_ptr<ByteSource>& source,
     if (!found) return found.failure();
     const auto packets = std::make_shared<const MpegPackets>(std::move(*found));
     const std::uint64_t cut = std::uint64_t{packets->primingFrames} + packets->remainderFrames;
-    PacketStream stream = layOut(sound, packets->packets.size(), packets->primingFrames,
-                                 packets->packets.size() * sound.format.mFramesPerPacket - cut);
+    const std::uint64_t frames = packets->packets.size() * sound.format.mFramesPerPacket;
+    if (cut > frames) return Failure::kUnreadable;  // of another stream, put in this one's place
+    PacketStream stream =
+        layOut(sound, packets->packets.size(), packets->primingFrames, frames - cut);
     if (!packets->hasGaplessCounts) stream.gaplessCounts.reset();
     stream.makeDecoder = [source, packets, format = sound.format]() -> Decoder {
         if (packets->packets.empty()) return Failure::kDamaged;
@@ -54,6 +56,11 @@ Result<PacketStream> findLosslessStream(const std::shared_ptr<ByteSource>& sourc
                                         const SoundDescription& sound) {
     auto track = readLosslessTrack(*source);
     if (!track) return track.failure();
+    // The configuration is read anew here. Another one is another file's, put in this one's place.
+    if (track->config.channels != sound.format.mChannelsPerFrame ||
+        track->config.frameLength != sound.format.mFramesPerPacket ||
+        track->config.sampleRate != sound.format.mSampleRate)
+        return Failure::kUnreadable;
     PacketStream stream =
         layOut(sound, track->packets.size(), track->primingFrames, track->validFrames);
     const auto packets =
