@@ -67,10 +67,9 @@ OSStatus read(OpenReader& open, std::uint32_t* frames, AudioBufferList* list) {
     std::uint32_t wanted = *frames;
     if (std::uint64_t{wanted} * bytesPerFrame > buffer.mDataByteSize)
         wanted = buffer.mDataByteSize / bytesPerFrame;
-    const auto got = open.reader.read(static_cast<float*>(buffer.mData), wanted);
-    if (!got) return statusFor(got.failure());
-    *frames = *got;
-    if (*got > 0) buffer.mDataByteSize = *got * bytesPerFrame;
+    if (!open.reader.read(static_cast<float*>(buffer.mData), &wanted)) return kStatusIoError;
+    *frames = wanted;
+    if (wanted > 0) buffer.mDataByteSize = wanted * bytesPerFrame;
     return noErr;
 }
 

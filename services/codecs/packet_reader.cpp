@@ -12,22 +12,24 @@ PacketReader::PacketReader(std::unique_ptr<PacketDecoder> decoder, const PacketL
     seek(0);
 }
 
-Result<std::uint32_t> PacketReader::read(float* samples, std::uint32_t frames) {
-    if (frames <= heldFrames_) {  // small reads, one after the other, must be cheap
-        takeHeld(samples, frames);
-        return frames;
+bool PacketReader::read(float* samples, std::uint32_t* frames) {
+    const std::uint32_t wanted = *frames;
+    if (wanted <= heldFrames_) {  // small reads, one after the other, must be cheap
+        takeHeld(samples, wanted);
+        return true;
     }
     std::uint32_t done = 0;
-    while (done < frames && position_ < layout_.frames) {
+    while (done < wanted && position_ < layout_.frames) {
         if (heldFrames_ == 0 && !holdPacket()) {
-            if (done == 0) return Failure::kUnreadable;
+            if (done == 0) return false;
             break;
         }
-        const std::uint32_t count = std::min(frames - done, heldFrames_);
+        const std::uint32_t count = std::min(wanted - done, heldFrames_);
         takeHeld(samples + std::size_t{done} * layout_.channels, count);
         done += count;
     }
-    return done;
+    *frames = done;
+    return true;
 }
 
 void PacketReader::takeHeld(float* samples, std::uint32_t frames) {

@@ -21,7 +21,7 @@ class PacketReader final : public FrameReader {
  public:
     PacketReader(std::unique_ptr<PacketDecoder> decoder, const PacketLayout& layout);
 
-    Result<std::uint32_t> read(float* samples, std::uint32_t frames) override;
+    bool read(float* samples, std::uint32_t* frames) override;
     void seek(std::uint64_t frame) override;
 
  private:

@@ -16,24 +16,26 @@ PcmReader::PcmReader(std::shared_ptr<ByteSource> source, ByteRange data,
       conversion_(conversion),
       position_(data.offset) {}
 
-Result<std::uint32_t> PcmReader::read(float* samples, std::uint32_t frames) {
+bool PcmReader::read(float* samples, std::uint32_t* frames) {
+    const std::uint32_t wanted = *frames;
     std::uint32_t done = 0;
-    while (done < frames && position_ < data_.end()) {
+    while (done < wanted && position_ < data_.end()) {
         const auto bytes = blocks_.at(position_, bytesPerFrame_);
         // The frame was there when the file was opened: the file has shrunk, or the disk fails.
         if (!bytes || bytes->size() < bytesPerFrame_) {
-            if (done == 0) return Failure::kUnreadable;
+            if (done == 0) return false;
             break;
         }
         const std::uint64_t held =
             std::min<std::uint64_t>(bytes->size(), data_.end() - position_) / bytesPerFrame_;
-        const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(frames - done, held));
+        const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted - done, held));
         conversion_(bytes->data(), samples + std::size_t{done} * channels_,
                     std::size_t{count} * channels_);
         position_ += std::uint64_t{count} * bytesPerFrame_;
         done += count;
     }
-    return done;
+    *frames = done;
+    return true;
 }
 
 void PcmReader::seek(std::uint64_t frame) {

@@ -16,7 +16,7 @@ class PcmReader final : public FrameReader {
     PcmReader(std::shared_ptr<ByteSource> source, ByteRange data,
               const AudioStreamBasicDescription& format, PcmConversion conversion);
 
-    Result<std::uint32_t> read(float* samples, std::uint32_t frames) override;
+    bool read(float* samples, std::uint32_t* frames) override;
     void seek(std::uint64_t frame) override;
 
  private:

@@ -32,11 +32,6 @@ OSStatus ConvertingReader::setClientFormat(const AudioStreamBasicDescription& fo
     return noErr;
 }
 
-Result<std::uint32_t> ConvertingReader::read(float* samples, std::uint32_t frames) {
-    if (!frames_) return Failure::kUnsupportedFormat;
-    return frames_->read(samples, frames);
-}
-
 OSStatus ConvertingReader::seek(std::int64_t frame) {
     if (frame < 0) return kStatusInvalidSeek;
     if (!frames_) return kStatusUnsupportedFormat;

@@ -22,8 +22,11 @@ class ConvertingReader {
     // is kept.
     OSStatus setClientFormat(const AudioStreamBasicDescription& format);
 
-    // As FrameReader: `samples` has room for `frames` frames of the client format.
-    Result<std::uint32_t> read(float* samples, std::uint32_t frames);
+    // As FrameReader: `samples` has room for `*frames` frames of the client format. False too where
+    // no client format has been set.
+    bool read(float* samples, std::uint32_t* frames) {
+        return frames_ && frames_->read(samples, frames);
+    }
     OSStatus seek(std::int64_t frame);
 
  private:
