@@ -3,7 +3,6 @@
 build_packages="g++ cmake make pkg-config libasound2-dev libcli11-dev nlohmann-json3-dev libmpg123-dev libtag1-dev zlib1g-dev"
 test_packages="libgtest-dev python3 binutils ffmpeg lame sox twolame"
 
-# For -DATDP_BENCH=ON only.
 bench_packages="libavcodec-dev libavformat-dev ffmpeg"
 
 # Installs what is missing of the Debian packages given.
