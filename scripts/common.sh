@@ -1,6 +1,6 @@
 # What run, test and .ci/run share. Sourced, with the project's root as working directory.
 
-build_packages="g++ cmake make pkg-config libasound2-dev libcli11-dev nlohmann-json3-dev libmpg123-dev libtag1-dev zlib1g-dev"
+build_packages="g++ cmake make pkg-config libasound2-dev libcli11-dev nlohmann-json3-dev libmpg123-dev libsoxr-dev libtag1-dev zlib1g-dev"
 test_packages="libgtest-dev python3 binutils ffmpeg lame sox twolame"
 
 bench_packages="libavcodec-dev libavformat-dev ffmpeg"

@@ -14,6 +14,13 @@ inline constexpr std::uint32_t kMaxChannels = 64;
 inline constexpr double kMinFileRate = 1.0;
 inline constexpr double kMaxFileRate = 4'294'967'295.0;
 
+// Rates that a client may ask for, in Hz, and how many times higher or lower than the file's they
+// may be: far more than any sound needs, and little enough that a hostile file, which may state any
+// rate, cannot make a frame cost seconds.
+inline constexpr double kMinClientRate = 1'000.0;
+inline constexpr double kMaxClientRate = 768'000.0;
+inline constexpr double kMaxRateRatio = 4'096.0;
+
 // Bytes read from a file at a time while it plays: large enough that the calls cost little beside
 // the copying, small enough to stay in the processor's second-level cache.
 inline constexpr std::size_t kReadBlockBytes = 64 * 1024;

@@ -1,5 +1,6 @@
 #include "services/codecs/alac_config.h"
 
+#include <array>
 #include <string_view>
 
 #include "services/limits.h"
@@ -46,6 +47,20 @@ std::optional<AlacConfig> parseAlacConfig(Bytes cookie) {
     config.sampleRate = cursor.bigEndian<std::uint32_t>();
     if (cursor.failed() || version != 0 || !isPossible(config)) return std::nullopt;
     return config;
+}
+
+std::uint32_t alacChannelMask(std::uint32_t channels) {
+    constexpr std::array<std::uint32_t, kMaxAlacChannels> kMasks = {
+        0x04,   // C
+        0x03,   // L R
+        0x07,   // L R C
+        0x107,  // L R C Cs
+        0x37,   // L R C Ls Rs
+        0x3F,   // L R C LFE Ls Rs
+        0x13F,  // L R C LFE Ls Rs Cs
+        0xFF,   // L R C LFE Ls Rs Lc Rc
+    };
+    return kMasks[channels - 1];
 }
 
 }  // namespace atdp::services

@@ -24,4 +24,8 @@ struct AlacConfig {
 // channel layout may follow it.
 std::optional<AlacConfig> parseAlacConfig(Bytes cookie);
 
+// The speakers that so many channels (1 to kMaxAlacChannels) are for, as SoundDescription tells
+// them; the decoder delivers the channels in the order of these bits.
+std::uint32_t alacChannelMask(std::uint32_t channels);
+
 }  // namespace atdp::services

@@ -145,6 +145,8 @@ Result<SoundDescription> describeMpeg4(ByteSource& source) {
     SoundDescription sound;
     sound.fileType = *fileType;
     sound.format = *format;
+    if (format->mFormatID == kAudioFormatAppleLossless)
+        sound.channelMask = alacChannelMask(format->mChannelsPerFrame);
     return sound;
 }
 

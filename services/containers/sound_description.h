@@ -19,6 +19,7 @@ struct TagChunk {
 struct SoundDescription {
     std::uint32_t fileType = 0;            // kAudioFile...Type
     AudioStreamBasicDescription format{};  // the file's own format
+    std::uint32_t channelMask = 0;         // speakers (bits of WAVEFORMATEXTENSIBLE); 0: not told
     ByteRange data;                        // where the sound's bytes are, within the file
 
     // Frames of linear PCM from the start to the end of data. Compressed sound has to be walked

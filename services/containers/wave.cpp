@@ -37,6 +37,7 @@ struct WaveFormat {
     std::uint16_t frameBytes = 0;
     std::uint16_t containerBits = 0;
     std::uint16_t validBits = 0;
+    std::uint32_t channelMask = 0;
 };
 
 // What the walk over the chunks collects.
@@ -89,7 +90,7 @@ std::optional<WaveFormat> parseFormat(Bytes body) {
         cursor.skip(2);  // bytes that follow
         const auto validBits = cursor.littleEndian<std::uint16_t>();
         if (validBits != 0) format.validBits = validBits;
-        cursor.skip(4);  // channel mask
+        format.channelMask = cursor.littleEndian<std::uint32_t>();
         format.tag = tagOfSubFormat(cursor.take(16));
     }
     if (cursor.failed()) return std::nullopt;
@@ -237,7 +238,9 @@ Result<SoundDescription> describeWave(ByteSource& source) {
     if (!chunks->format || !chunks->data) return Failure::kDamaged;
     const std::uint32_t fileType = largeForm ? kAudioFileRF64Type : kAudioFileWAVEType;
     auto sound = describeFormat(source, fileType, *chunks->format, *chunks->data);
-    if (sound) sound->tagChunks = std::move(chunks->tagChunks);
+    if (!sound) return sound;
+    sound->channelMask = chunks->format->channelMask;
+    sound->tagChunks = std::move(chunks->tagChunks);
     return sound;
 }
 

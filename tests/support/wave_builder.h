@@ -16,6 +16,7 @@ struct WaveBuilder {
     std::uint16_t bits = 16;
     std::optional<std::uint16_t> frameBytes;
     std::optional<std::uint16_t> validBits;  // makes the format extensible
+    std::uint32_t channelMask = 0;           // of an extensible format
     std::string data;
     std::string chunksBefore, chunksAfter;  // around the data chunk
     std::optional<std::uint32_t> statedDataBytes, statedFormBytes;
@@ -28,7 +29,7 @@ struct WaveBuilder {
                            littleEndian(rate * frame) + littleEndian(frame) + littleEndian(bits);
         if (validBits)
             body += littleEndian(std::uint16_t{22}) + littleEndian(*validBits) +
-                    littleEndian(std::uint32_t{0}) + littleEndian(tag) +
+                    littleEndian(channelMask) + littleEndian(tag) +
                     std::string("\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 14);
         return riffChunk("fmt ", body);
     }
