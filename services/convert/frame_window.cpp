@@ -7,19 +7,17 @@ namespace {
 
 constexpr std::uint32_t kBlockFrames = 1024;
 constexpr std::size_t kKeptFrames = 8192;
+constexpr std::size_t kRoomFrames = 2 * kKeptFrames;  // kept frames seldom have to move
 
 }  // namespace
 
 FrameWindow::FrameWindow(FrameReader& source, std::uint32_t channels)
-    : source_(source), channels_(channels), frames_((kKeptFrames + kBlockFrames) * channels) {}
+    : source_(source), channels_(channels), frames_(kRoomFrames * channels) {}
 
 bool FrameWindow::fill() {
     if (position_ < end()) return true;
-    const std::size_t kept = std::min(kKeptFrames, held_);
-    std::copy_n(frames_.data() + (held_ - kept) * channels_, kept * channels_, frames_.data());
-    first_ += held_ - kept;
-    held_ = kept;
-    float* const block = frames_.data() + kept * channels_;
+    if (held_ + kBlockFrames > kRoomFrames) dropOldFrames();
+    float* const block = frames_.data() + held_ * channels_;
     std::uint32_t frames = kBlockFrames;
     if (!source_.read(block, &frames)) return false;
     if (frames == 0) {
@@ -28,6 +26,13 @@ bool FrameWindow::fill() {
     }
     held_ += frames;
     return true;
+}
+
+void FrameWindow::dropOldFrames() {
+    const std::size_t dropped = held_ - kKeptFrames;
+    std::copy_n(frames_.data() + dropped * channels_, kKeptFrames * channels_, frames_.data());
+    first_ += dropped;
+    held_ = kKeptFrames;
 }
 
 std::span<const float> FrameWindow::samples() const {

@@ -31,6 +31,7 @@ class FrameWindow {
  private:
     static constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
+    void dropOldFrames();
     std::uint64_t end() const { return first_ + held_; }
 
     FrameReader& source_;

@@ -11,7 +11,7 @@ namespace {
 // bits; segments are long enough that leads cost little, and short enough that a seek into one
 // does.
 constexpr std::uint32_t kLeadFrames = 256;
-constexpr std::uint32_t kSegmentFrames = 65'536;
+constexpr std::uint32_t kSegmentFrames = 131'072;
 
 constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 

@@ -13,12 +13,12 @@
 namespace atdp::services {
 
 // Frames of a packet that RateConverter gives.
-inline constexpr std::uint32_t kRatePacketFrames = 1024;
+inline constexpr std::uint32_t kRatePacketFrames = 2048;
 
 // Sound of a source at another rate, band-limited, in packets of kRatePacketFrames. The first frame
 // is at the time of the source's first; behind the source's last frame there is silence.
 //
-// The sound is converted in segments of a second or two, each for itself: the resampler starts
+// The sound is converted in segments of some three seconds, each for itself: the resampler starts
 // afresh a little before the segment, at a frame that both rates have in common. So what a frame's
 // samples are does not depend on where playing began, to the last bit.
 class RateConverter final : public PacketDecoder {
