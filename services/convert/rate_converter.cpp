@@ -87,10 +87,12 @@ bool RateConverter::resample(float* samples, std::size_t frames) {
     while (frames > 0) {
         std::size_t taken = 0;
         std::size_t given = 0;
-        const bool isFed = source_.fill();
-        const auto input = source_.samples();
-        if (!isFed || soxr_process(resampler_.get(), input.data(), input.size() / channels_, &taken,
-                                   samples, frames, &given) != nullptr) {
+        if (source_.fill()) {
+            const auto input = source_.samples();
+            soxr_process(resampler_.get(), input.data(), input.size() / channels_, &taken, samples,
+                         frames, &given);
+        }
+        if (taken == 0 && given == 0) {  // the source cannot be read, or memory has run out
             position_ = kNowhere;
             segmentEnd_ = 0;
             return false;
