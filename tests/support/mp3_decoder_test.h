@@ -39,7 +39,7 @@ constexpr std::uint64_t timeOf(std::uint64_t frame) {
     return frame * 10'000'000 + 5'000'000;
 }
 
-// Asks a decoder for stereo frames, once or until a request delivers less than it asked for. The
+// Asks a decoder for frames, once or until a request delivers less than it asked for. The
 // answer names the frames: "20-99 350" is eighty frames and one, "~3" three that hold what no frame
 // of the file holds. A result that is no success stands at the end.
 class Playback {
@@ -64,16 +64,19 @@ class Playback {
     };
 
     bool request(std::uint32_t frames) {
-        const auto [result, count, samples] = deliver(decoder_, 2 * frames);
-        for (std::uint32_t i = 0; i + 1 < count; i += 2) add(samples[i], samples[i + 1]);
+        const auto channels = static_cast<std::uint32_t>(decoder_.getChannels());
+        const auto [result, count, samples] = deliver(decoder_, channels * frames);
+        for (std::uint32_t i = 0; channels > 0 && i + channels <= count; i += channels)
+            add(&samples[i], channels);
         for (std::size_t i = count; i < samples.size(); ++i) EXPECT_EQ(samples[i], -1.0F);
         result_ = result;
-        return result == DECODER_RESULT_OK && count == 2 * frames;
+        return result == DECODER_RESULT_OK && count == channels * frames;
     }
 
-    void add(float left, float right) {
-        std::int64_t frame = static_cast<std::int64_t>(left) / 8;
-        if (left != sampleAt(frame, 0) || right != sampleAt(frame, 1)) frame = -1;
+    void add(const float* samples, std::uint32_t channels) {
+        std::int64_t frame = static_cast<std::int64_t>(samples[0]) / 8;
+        for (std::uint32_t channel = 0; channel < channels; ++channel)
+            if (samples[channel] != sampleAt(frame, channel)) frame = -1;
         Run* last = runs_.empty() ? nullptr : &runs_.back();
         if (last && frame == (last->first < 0 ? -1 : last->first + last->frames))
             ++last->frames;

@@ -1,6 +1,7 @@
 #include "tests/support/scripted_platform.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <deque>
 #include <mutex>
@@ -20,8 +21,9 @@ struct Object {
     std::string name;
     std::string text;  // what %@ shows
     bool live = true;
-    Object* file = nullptr;  // of a reader
-    std::int64_t position = 0;
+    Object* file = nullptr;     // of a reader
+    std::int64_t position = 0;  // of a reader, in frames of its client format
+    double rate = 0;
     std::uint32_t channels = 0;
     const Value* value = nullptr;    // of a dictionary, and of what is in one
     const Object* holder = nullptr;  // the dictionary that it is in, and lives as long as
@@ -109,6 +111,14 @@ const Value& valueOf(CFTypeRef object) {
     static const Value kNothing;
     platform().faults.push_back("use of " + (found ? found->name : "nothing"));
     return kNothing;
+}
+
+// In frames of the reader's client format, halves rounded up.
+std::int64_t endOfData(const Object& reader) {
+    const std::int64_t frames = platform().frames - platform().framesMissing;
+    const double ratio = reader.rate / platform().format.mSampleRate;
+    if (!(std::abs(ratio) < 1e6)) return frames;
+    return static_cast<std::int64_t>(std::floor(static_cast<double>(frames) * ratio + 0.5));
 }
 
 template <class Content>
@@ -307,8 +317,10 @@ OSStatus ExtAudioFileSetProperty(ExtAudioFileRef reader, std::uint32_t property,
                  format.mSampleRate, codeText(format.mFormatID), format.mFormatFlags,
                  format.mBytesPerPacket, format.mFramesPerPacket, format.mBytesPerFrame,
                  format.mChannelsPerFrame, format.mBitsPerChannel, format.mReserved);
-    if (status == noErr) find(reader)->channels = format.mChannelsPerFrame;
-    return status;
+    if (status != noErr) return status;
+    find(reader)->rate = format.mSampleRate;
+    find(reader)->channels = format.mChannelsPerFrame;
+    return noErr;
 }
 
 OSStatus ExtAudioFileRead(ExtAudioFileRef reader, std::uint32_t* frames, AudioBufferList* list) {
@@ -320,8 +332,7 @@ OSStatus ExtAudioFileRead(ExtAudioFileRef reader, std::uint32_t* frames, AudioBu
     if (buffer.mData == nullptr) return kStatusInvalidParameter;
     Object& source = *find(reader);
     const std::uint32_t frameBytes = 4 * source.channels;
-    const std::int64_t end = platform().frames - platform().framesMissing;
-    const std::int64_t left = std::max<std::int64_t>(end - source.position, 0);
+    const std::int64_t left = std::max<std::int64_t>(endOfData(source) - source.position, 0);
     const std::uint32_t room = frameBytes == 0 ? 0 : buffer.mDataByteSize / frameBytes;
     const std::int64_t count = std::min({std::int64_t{*frames}, std::int64_t{room}, left});
     auto* sample = static_cast<float*>(buffer.mData);

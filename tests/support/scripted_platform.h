@@ -39,7 +39,8 @@ struct Entry {
     Value value;
 };
 
-// The sample that the imagined file holds: each has its own value.
+// The sample that the imagined file holds: each has its own value. A reader of another rate counts
+// frames at that rate, as many as last as long, and of another channel count has just as many.
 float sampleAt(std::int64_t frame, std::uint32_t channel);
 
 // A call's name is its function and, where it has a property, the property's code:
