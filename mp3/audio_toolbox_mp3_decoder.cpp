@@ -1,8 +1,10 @@
 #include "mp3/audio_toolbox_mp3_decoder.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "decoder/time_arithmetic.h"
 #include "metadata/information_dictionary.h"
@@ -16,11 +18,32 @@ namespace {
 // A second of 64 channels at 768 kHz fits. More is no sound but a broken description.
 constexpr std::uint64_t kGreatestEdgeSamples = std::uint64_t{1} << 26;
 
+std::uint64_t saturatedSum(std::uint64_t a, std::uint64_t b) {
+    return a + std::min(b, std::numeric_limits<std::uint64_t>::max() - a);
+}
+
+// As many frames as last as long at another rate, halves rounded up, 2^64 - 1 where they do not
+// fit. From a rate that no sound has, the number stays as it is.
+std::uint64_t framesAtRate(std::uint64_t frames, double rate, double otherRate) {
+    if (rate == otherRate || !(rate > 0)) return frames;
+    return truncatedToUint64(
+        std::floor(static_cast<long double>(frames) * otherRate / rate + 0.5L));
+}
+
 }  // namespace
 
 struct AudioToolboxMP3Decoder::Request {
     float* samples;
     std::uint64_t frames;
+};
+
+// The members of the same names; what is not here follows from them or is the host's position.
+struct AudioToolboxMP3Decoder::Delivery {
+    AudioStreamBasicDescription desc_{};
+    std::unique_ptr<AudioBufferList, AudioBufferListFree> p_abl_;
+    std::uint64_t buffer_frame_ = 0;
+    ProcessInfo start_process_info_;
+    ProcessInfo end_process_info_;
 };
 
 const DecoderClass& AudioToolboxMP3Decoder::decoderClass() {
@@ -37,36 +60,74 @@ std::int32_t AudioToolboxMP3Decoder::openByPath(const std::string& path, const O
     if (result != DECODER_RESULT_OK) return result;
     mp3_threashold_db_ = silenceThreshold(options);
     processing_frame_size_ = file_desc_.mFramesPerPacket;
-    if (!makeEdgeRecords()) {
-        NSLog("AllocationFailed");
-        return DECODER_RESULT_FAILED;
-    }
+    desc_ = org_desc_;
+    if (!makeEdgeRecords()) return DECODER_RESULT_FAILED;
     createBufferWrapper();  // without a buffer, reads fail
     current_frame_ = 0;
     timestamp_ = 0;
-    desc_ = org_desc_;
     opened_ = true;
     return initStartSequence();
 }
 
-// The length may be any number where it comes from a comment: one that is negative counts as
-// greater than every second, and the stream then lasts until the data ends.
+bool AudioToolboxMP3Decoder::cutsSilenceAtStart() const {
+    return primingFrames == 0 && mp3_threashold_db_ != 0;
+}
+
+bool AudioToolboxMP3Decoder::cutsSilenceAtEnd() const {
+    return remainderFrames == 0 && mp3_threashold_db_ != 0;
+}
+
+std::int32_t AudioToolboxMP3Decoder::getPrimingFrames() {
+    return cutsSilenceAtStart() ? framesOfFile(start_process_info_.border_frame_) : primingFrames;
+}
+
+std::int32_t AudioToolboxMP3Decoder::getRemainderFrames() {
+    return cutsSilenceAtEnd() ? framesOfFile(end_process_info_.border_frame_) : remainderFrames;
+}
+
+std::uint64_t AudioToolboxMP3Decoder::framesDelivered(std::uint64_t fileFrames) const {
+    return framesAtRate(fileFrames, file_desc_.mSampleRate, desc_.mSampleRate);
+}
+
+std::int32_t AudioToolboxMP3Decoder::framesOfFile(std::uint64_t frames) const {
+    return static_cast<std::int32_t>(
+        framesAtRate(frames, desc_.mSampleRate, file_desc_.mSampleRate));
+}
+
+// Frames of the file, none beyond its length, which may be any number where it comes from a
+// comment: one that is negative counts as greater than every second, and the stream then lasts
+// until the data ends.
+std::uint64_t AudioToolboxMP3Decoder::framesToCut() const {
+    if (!need_cut_ || primingFrames < 0) return 0;
+    return std::min(static_cast<std::uint64_t>(primingFrames),
+                    static_cast<std::uint64_t>(num_frames_));
+}
+
+// What is cut and what is kept are brought to the delivery rate apart, so that the number of frames
+// kept does not hang on where the cut comes to lie between two frames.
+std::uint64_t AudioToolboxMP3Decoder::streamEnd() const {
+    const std::uint64_t cut = framesToCut();
+    return saturatedSum(framesDelivered(cut),
+                        framesDelivered(static_cast<std::uint64_t>(num_frames_) - cut));
+}
+
 bool AudioToolboxMP3Decoder::makeEdgeRecords() {
-    const auto streamFrames = static_cast<std::uint64_t>(num_frames_);
-    const std::uint64_t frames = std::min(truncatedToUint64(file_desc_.mSampleRate), streamFrames);
-    const std::uint32_t channels = file_desc_.mChannelsPerFrame;
-    if (frames > kGreatestEdgeSamples / std::max(channels, 1U)) return false;
+    const std::uint64_t streamFrames = streamEnd();
+    const std::uint64_t frames = std::min(truncatedToUint64(desc_.mSampleRate), streamFrames);
+    const std::uint32_t channels = desc_.mChannelsPerFrame;
     start_process_info_.start_frame_ = 0;
     start_process_info_.end_frame_ = frames;
     end_process_info_.start_frame_ = std::max(streamFrames - frames, frames);
     end_process_info_.end_frame_ = streamFrames;
+    bool made = frames <= kGreatestEdgeSamples / std::max(channels, 1U);
     try {
-        start_process_info_.samples_.resize(frames * channels);
-        end_process_info_.samples_.resize(frames * channels);
-        return true;
+        start_process_info_.samples_.resize(made ? frames * channels : 0);
+        end_process_info_.samples_.resize(made ? frames * channels : 0);
     } catch (const std::bad_alloc&) {
-        return false;
+        made = false;
     }
+    if (!made) NSLog("AllocationFailed");
+    return made;
 }
 
 bool AudioToolboxMP3Decoder::createBufferWrapper() {
@@ -121,15 +182,15 @@ std::int32_t AudioToolboxMP3Decoder::initStartSequence() {
     ProcessInfo& start = start_process_info_;
     const std::int32_t result = collect(&start);
     if (result != DECODER_RESULT_OK) return result;
-    if (primingFrames == 0 && mp3_threashold_db_ != 0) {
+    if (cutsSilenceAtStart()) {
         start.border_frame_ =
             silentFramesAtStart(start.samples_.data(), start.end_frame_, desc_.mChannelsPerFrame,
                                 silenceLevel(mp3_threashold_db_));
-        primingFrames = static_cast<std::int32_t>(start.border_frame_);
     } else if (need_cut_) {
         // A count beyond the record, or a negative one, cuts the whole record and no more.
-        start.border_frame_ =
-            std::min(static_cast<std::uint64_t>(std::int64_t{primingFrames}), start.end_frame_);
+        start.border_frame_ = start.end_frame_;
+        if (primingFrames >= 0)
+            start.border_frame_ = std::min(framesDelivered(framesToCut()), start.end_frame_);
     }
     start.ready_ = true;
     return DECODER_RESULT_OK;
@@ -143,7 +204,7 @@ std::int32_t AudioToolboxMP3Decoder::initEndSequence() {
     const std::int32_t result = collect(&end);
     if (result != DECODER_RESULT_OK) return result;
     const std::uint64_t frames = end.end_frame_ - end.start_frame_;
-    if (remainderFrames != 0 || mp3_threashold_db_ == 0) {
+    if (!cutsSilenceAtEnd()) {
         end.border_frame_ = buffer_frame_ - std::min(buffer_frame_, end.start_frame_);
         end.border_frame_ = std::min(end.border_frame_, frames);
     } else {
@@ -152,7 +213,6 @@ std::int32_t AudioToolboxMP3Decoder::initEndSequence() {
         const float* last = end.samples_.data() + (roomFrames - frames) * channels;
         end.border_frame_ =
             frames - silentFramesAtEnd(last, frames, channels, silenceLevel(mp3_threashold_db_));
-        remainderFrames = static_cast<std::int32_t>(end.border_frame_);
     }
     end.ready_ = true;
     return DECODER_RESULT_OK;
@@ -238,8 +298,7 @@ std::int32_t AudioToolboxMP3Decoder::seek(std::uint64_t nanoseconds) {
     const std::uint64_t frame = framesFromNanoseconds(nanoseconds, sampling_rate_);
     const std::uint64_t border = start_process_info_.border_frame_;
     const std::uint64_t lastSecond = end_process_info_.start_frame_;
-    const std::uint64_t target =
-        border + std::min(frame, std::numeric_limits<std::uint64_t>::max() - border);
+    const std::uint64_t target = saturatedSum(border, frame);
     std::uint64_t position = target;
     if (target >= lastSecond) {
         seek_end_remain_frames_ = target + 1 - lastSecond;
@@ -247,26 +306,83 @@ std::int32_t AudioToolboxMP3Decoder::seek(std::uint64_t nanoseconds) {
     }
     // What lies in the start record is served from there.
     const bool inStart = target < start_process_info_.end_frame_;
-    const std::uint64_t readerFrame = inStart ? start_process_info_.end_frame_ : position;
-    if (!moveReader(readerFrame)) return DECODER_RESULT_FAILED;
+    if (!placeReader(inStart ? start_process_info_.end_frame_ : position))
+        return DECODER_RESULT_FAILED;
     timestamp_ = nanoseconds;
     current_frame_ = position;
     virtual_current_frame_ = frame;
-    buffer_frame_ = readerFrame;
-    abl_num_frames_ = 0;
-    abl_remain_frames_ = 0;
     decoded_ = false;
     return DECODER_RESULT_OK;
 }
 
+// What was buffered is dropped, but not where the reader refuses.
+bool AudioToolboxMP3Decoder::placeReader(std::uint64_t frame) {
+    if (!moveReader(frame)) return false;
+    buffer_frame_ = frame;
+    abl_num_frames_ = 0;
+    abl_remain_frames_ = 0;
+    return true;
+}
+
 bool AudioToolboxMP3Decoder::setSamplingRate(float rate) {
-    if (!opened_ || rate != sampling_rate_) return false;
+    if (!opened_) return false;
+    if (rate != sampling_rate_) {
+        AudioStreamBasicDescription format = desc_;
+        format.mSampleRate = double{rate};
+        if (!changeFormat(format, 0)) return false;
+        // The start, also where the seek is refused.
+        timestamp_ = 0;
+        current_frame_ = 0;
+        virtual_current_frame_ = 0;
+        seek_end_remain_frames_ = 0;
+        decoded_ = false;
+    }
     seek(0);
     return true;
 }
 
+// Bytes per frame and per packet keep their old values: the reader goes by the channel count.
 bool AudioToolboxMP3Decoder::setChannels(std::int32_t channels) {
-    return opened_ && channels == channels_;
+    if (!opened_) return false;
+    if (channels == channels_) return true;
+    AudioStreamBasicDescription format = desc_;
+    format.mChannelsPerFrame = static_cast<std::uint32_t>(channels);
+    return changeFormat(format, current_frame_);
+}
+
+// Everything is made anew beside the old, which comes back where a step fails. Where the reader
+// refuses to go back, it gets no buffer: what is not held in memory then fails as a read does.
+bool AudioToolboxMP3Decoder::changeFormat(const AudioStreamBasicDescription& format,
+                                          std::uint64_t position) {
+    if (!setClientDataFormat(format)) return false;
+    Delivery other;
+    other.desc_ = format;
+    exchangeDelivery(&other);
+    if (makeEdgeRecords() && createBufferWrapper() && placeReader(0) &&
+        initStartSequence() == DECODER_RESULT_OK && goOnFrom(position))
+        return true;
+    exchangeDelivery(&other);
+    if (!setClientDataFormat(desc_) || !placeReader(buffer_frame_)) clearBuffer();
+    return false;
+}
+
+void AudioToolboxMP3Decoder::exchangeDelivery(Delivery* other) {
+    std::swap(desc_, other->desc_);
+    std::swap(p_abl_, other->p_abl_);
+    std::swap(buffer_frame_, other->buffer_frame_);
+    std::swap(start_process_info_, other->start_process_info_);
+    std::swap(end_process_info_, other->end_process_info_);
+    sampling_rate_ = static_cast<float>(desc_.mSampleRate);
+    channels_ = static_cast<std::int32_t>(desc_.mChannelsPerFrame);
+}
+
+// Follows the making of the start record, which leaves the reader behind it. In the last second the
+// end record is collected at once, so that it can still fail the change.
+bool AudioToolboxMP3Decoder::goOnFrom(std::uint64_t position) {
+    const std::uint64_t readerFrame = std::min(position, end_process_info_.start_frame_);
+    if (readerFrame > start_process_info_.end_frame_ && !placeReader(readerFrame)) return false;
+    const bool inEnd = position >= end_process_info_.start_frame_;
+    return !inEnd || initEndSequence() == DECODER_RESULT_OK;
 }
 
 std::unique_ptr<MetadataList> AudioToolboxMP3Decoder::getMetaData() {

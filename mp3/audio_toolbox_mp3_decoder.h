@@ -21,9 +21,17 @@ class AudioToolboxMP3Decoder final : public AudioToolboxWavDecoder {
     std::unique_ptr<MetadataList> getMetaData() override;
     std::uint32_t getPreferredBufferSize() override;  // frames of one packet
 
-    // The records hold one rate and channel count, so only those in force are accepted.
+    // A change decodes the first second again. Where that fails, or the reader or memory refuses
+    // the new format, the answer is false, and delivery goes on in the old one where it was. A new
+    // rate goes to the start; a new channel count keeps the position.
     bool setSamplingRate(float rate) override;
     bool setChannels(std::int32_t channels) override;
+
+    // In frames of the file, whatever the rate delivered. A count that the file gives stays as it
+    // is. Where silence is cut instead, they tell of what the scan found: the frames cut at the
+    // start; and at the end, from the time that delivery reaches the last second, those kept of it.
+    std::int32_t getPrimingFrames() override;
+    std::int32_t getRemainderFrames() override;
 
     std::int32_t getNextSamples(float* samples, std::uint32_t* size) override;
     std::int32_t seek(std::uint64_t nanoseconds) override;
@@ -32,7 +40,20 @@ class AudioToolboxMP3Decoder final : public AudioToolboxWavDecoder {
     bool createBufferWrapper() override;  // processing_frame_size_ frames
 
  private:
-    struct Request;  // what is still to be delivered, and where to
+    struct Request;   // what is still to be delivered, and where to
+    struct Delivery;  // what the delivery format determines
+
+    bool changeFormat(const AudioStreamBasicDescription& format, std::uint64_t position);
+    void exchangeDelivery(Delivery* other);
+    bool goOnFrom(std::uint64_t position);
+    bool placeReader(std::uint64_t frame);
+
+    bool cutsSilenceAtStart() const;
+    bool cutsSilenceAtEnd() const;
+    std::uint64_t framesDelivered(std::uint64_t fileFrames) const;
+    std::int32_t framesOfFile(std::uint64_t frames) const;
+    std::uint64_t framesToCut() const;
+    std::uint64_t streamEnd() const;
 
     bool makeEdgeRecords();
     std::int32_t initStartSequence();

@@ -75,21 +75,5 @@ TEST_F(Mp3DecoderTest, SeekAfterAFailedReadInTheEndRecordFillsItAnew) {
     EXPECT_EQ(playToTheEnd(*decoder), "345-449");
 }
 
-TEST_F(Mp3DecoderTest, RateAndChannelsInForceAreAcceptedAndNoOthers) {
-    const auto decoder = openDecoder();
-    EXPECT_EQ(play(*decoder, 50), "0-49");
-    EXPECT_TRUE(decoder->setChannels(2));
-    EXPECT_EQ(play(*decoder, 70), "50-119");  // past what open had decoded
-    EXPECT_TRUE(decoder->setChannels(2));
-    EXPECT_FALSE(decoder->setChannels(1));
-    EXPECT_FALSE(decoder->setSamplingRate(48000));
-    EXPECT_EQ(play(*decoder, 10), "120-129");
-    EXPECT_TRUE(decoder->setSamplingRate(100));
-    EXPECT_EQ(decoder->getTimestamp(), 0U);
-    EXPECT_EQ(decoder->getChannels(), 2);
-    EXPECT_EQ(decoder->getSamplingRate(), 100);
-    EXPECT_EQ(playToTheEnd(*decoder), "0-449");
-}
-
 }  // namespace
 }  // namespace atdp

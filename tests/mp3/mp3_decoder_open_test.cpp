@@ -158,6 +158,12 @@ TEST_F(Mp3DecoderTest, OddDescriptionsAreHarmless) {
                 decoder.seek(time);
                 playToTheEnd(decoder);
             }
+            for (const float rate : {50.0F, 0.0F, -0.5F, -1.0F, 1e30F, HUGE_VALF, std::nanf("")}) {
+                decoder.setSamplingRate(rate);
+                play(decoder, 120);
+                decoder.setChannels(rate == 50 ? 0 : 4);
+                playToTheEnd(decoder);
+            }
             decoder.close();
         }
         EXPECT_EQ(platform().faults, Lines{}) << odd.name;
