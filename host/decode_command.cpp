@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "host/commands.h"
+#include "host/delivery_options.h"
 #include "host/exit_codes.h"
 #include "host/failure.h"
 #include "host/frame_reader.h"
@@ -37,6 +38,7 @@ struct DecodeOptions {
     double fromSeconds = 0;
     std::optional<double> forSeconds;  // nothing: to the end
     std::uint32_t requestFrames = 0;   // 0: what the decoder prefers
+    DeliveryOptions delivery;
     std::optional<double> thresholdDb;
 };
 
@@ -118,6 +120,7 @@ int decode(PluginModule& module, const DecodeOptions& options) {
     const std::string outputPath = outputPathFor(options);
     checkOutputPath(outputPath, options.path, !options.outputPath.empty());
     OpenedFile file = openFile(module, options.path, options.thresholdDb);
+    applyDelivery(file, options.delivery);
     FrameReader reader(file, module.log(), options.requestFrames);
     const std::uint64_t fromFrame = framesIn(options.fromSeconds, reader.rate());
     std::uint64_t mostFrames = std::numeric_limits<std::uint64_t>::max();
@@ -169,6 +172,7 @@ void addDecodeCommand(CLI::App& app, Command& chosen) {
     command->add_option("--for", options->forSeconds, "Decode this much")->check(isTime);
     command->add_option("--request", options->requestFrames, "Frames to decode at a time")
         ->check(CLI::Range(1u, kMostRequestFrames).description("FRAMES"));
+    addDeliveryOptions(*command, options->delivery);
     addThresholdOption(*command, options->thresholdDb);
     command->callback([&chosen, options] {
         chosen = [options](PluginModule& module) { return decode(module, *options); };
