@@ -12,8 +12,9 @@ namespace {
 constexpr std::uint32_t kMostSamples = 1u << 22;  // a request; 16 MiB of floats
 
 // The decoder of MPEG files repeats frames after a seek into the last second, so no seek goes
-// there. The second before it outweighs the rounding of the duration.
-constexpr double kUnsoughtSeconds = 2;
+// there. It counts that second back from the end of all frames, but a seek from behind those cut
+// at the start, which are up to a second. One more second outweighs the rounding of the duration.
+constexpr double kUnsoughtSeconds = 3;
 
 }  // namespace
 
@@ -32,11 +33,8 @@ double FrameReader::fileFrames() const {
     return static_cast<double>(file_.decoder->getDuration()) * double{rate_} / 1e9;
 }
 
-// The decoder tells where the last second starts before it cuts frames at the start; a seek counts
-// without the cut frames.
 std::uint64_t FrameReader::latestSeekFrame() const {
-    const int cutFrames = std::max(file_.decoder->getPrimingFrames(), 0);
-    const double frame = fileFrames() - cutFrames - kUnsoughtSeconds * double{rate_};
+    const double frame = fileFrames() - kUnsoughtSeconds * double{rate_};
     return static_cast<std::uint64_t>(std::clamp(frame, 0.0, 0x1p62));
 }
 

@@ -12,17 +12,18 @@ namespace atdp::host {
 class FrameReader {
  public:
     // Asks for `requestFrames` at a time, or for what the decoder prefers when it is 0. The file
-    // must be freshly opened and outlive the reader.
+    // must be freshly opened, deliver what it is to deliver, and outlive the reader.
     FrameReader(OpenedFile& file, ModuleLog& log, std::uint32_t requestFrames = 0);
 
     std::uint32_t channels() const { return channels_; }
-    float rate() const { return rate_; }  // Hz
+    float rate() const { return rate_; }  // Hz, of the frames delivered
 
-    // How many frames the decoder says the file has, give or take its rounding. It counts frames
-    // that are cut at the ends.
+    // How many frames the decoder says it has to deliver, give or take its rounding. It counts
+    // frames that are cut at the ends.
     double fileFrames() const;
 
-    // Makes this frame of the file the next one delivered. Past the end nothing is delivered.
+    // Makes this frame the next one delivered, counted from the start of the sound at the rate
+    // of delivery. Past the end nothing is delivered.
     void startAt(std::uint64_t frame);
 
     // The next frames, interleaved, valid until the next call; empty at the end. Throws Failure
