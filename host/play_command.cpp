@@ -9,6 +9,7 @@
 
 #include "host/commands.h"
 #include "host/console.h"
+#include "host/delivery_options.h"
 #include "host/exit_codes.h"
 #include "host/failure.h"
 #include "host/frame_reader.h"
@@ -23,6 +24,7 @@ namespace {
 
 struct PlayOptions {
     std::vector<std::string> paths;
+    DeliveryOptions delivery;
     std::optional<double> thresholdDb;
 };
 
@@ -32,16 +34,32 @@ void showPosition(TerminalLine& line, OpenedFile& file, std::uint64_t frames, fl
     line.show(clockText(position) + " / " + clockText(length) + "  " + file.path);
 }
 
-// Gives the whole file to the device. The file before it may still be playing meanwhile.
-void playFile(PluginModule& module, const std::string& path, std::optional<double> thresholdDb,
-              SoundDevice& device, TerminalLine& line) {
-    OpenedFile file = openFile(module, path, thresholdDb);
-    FrameReader reader(file, module.log());
-    const auto rate = static_cast<std::uint32_t>(std::lround(reader.rate()));
-    if (!device.prepare(rate, reader.channels())) {
-        throw Failure(path, "the sound device refuses " + plainNumber(reader.rate()) + " Hz, " +
-                                std::to_string(reader.channels()) + " channels");
+// Has the decoder deliver what the device takes. A device counts whole hertz: a fraction is played
+// as the nearest whole rate, which nobody hears.
+void fitToDevice(OpenedFile& file, SoundDevice& device) {
+    SeekableFileDecoder& decoder = *file.decoder;
+    const float rate = decoder.getSamplingRate();
+    const std::int32_t channels = decoder.getChannels();
+    const SoundFormat wanted{static_cast<std::uint32_t>(std::lround(rate)),
+                             static_cast<std::uint32_t>(channels)};
+    const SoundFormat taken = device.nearest(wanted).value_or(wanted);
+    if ((taken.rate == wanted.rate || decoder.setSamplingRate(static_cast<float>(taken.rate))) &&
+        (taken.channels == wanted.channels ||
+         decoder.setChannels(static_cast<std::int32_t>(taken.channels))) &&
+        device.prepare(taken)) {
+        return;
     }
+    throw Failure(file.path, "the sound device refuses " + plainNumber(rate) + " Hz, " +
+                                 std::to_string(channels) + " channels");
+}
+
+// Gives the whole file to the device. The file before it may still be playing meanwhile.
+void playFile(PluginModule& module, const std::string& path, const PlayOptions& options,
+              SoundDevice& device, TerminalLine& line) {
+    OpenedFile file = openFile(module, path, options.thresholdDb);
+    applyDelivery(file, options.delivery);
+    fitToDevice(file, device);
+    FrameReader reader(file, module.log());
     std::uint64_t framesGiven = 0;
     for (auto samples = reader.next(); !samples.empty(); samples = reader.next()) {
         device.play(samples);
@@ -60,7 +78,7 @@ int play(PluginModule& module, const PlayOptions& options) {
     TerminalLine line;
     for (const std::string& path : options.paths) {
         try {
-            playFile(module, path, options.thresholdDb, device, line);
+            playFile(module, path, options, device, line);
         } catch (const SoundDeviceFailure&) {
             throw;
         } catch (const Failure& failure) {
@@ -80,6 +98,7 @@ void addPlayCommand(CLI::App& app, Command& chosen) {
         app.add_subcommand("play", "Play files on the sound device, without gaps between them");
     const auto options = std::make_shared<PlayOptions>();
     command->add_option("FILE", options->paths, "Sound files")->required()->type_name("PATH");
+    addDeliveryOptions(*command, options->delivery);
     addThresholdOption(*command, options->thresholdDb);
     command->callback([&chosen, options] {
         chosen = [options](PluginModule& module) { return play(module, *options); };

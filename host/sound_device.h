@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "host/failure.h"
@@ -16,14 +17,24 @@ struct SoundDeviceFailure : Failure {
     using Failure::Failure;
 };
 
+struct SoundFormat {
+    std::uint32_t rate;  // Hz
+    std::uint32_t channels;
+    bool operator==(const SoundFormat&) const = default;
+};
+
 // Plays 32-bit floats. Calls throw SoundDeviceFailure. What has not been heard when the object goes
 // is lost.
 class SoundDevice {
  public:
-    // Gets ready for sound of this kind, opening the device the first time. Sound of the kind that
-    // is playing already follows on without a gap; before any other the device plays to the end
-    // what it has. False when the device does not take such sound as it is.
-    bool prepare(std::uint32_t rate, std::uint32_t channels);
+    // The format nearest to this one that the device takes as it is; nothing when it takes none.
+    // What is playing plays on.
+    std::optional<SoundFormat> nearest(SoundFormat wanted);
+
+    // Gets ready for sound of this format. Sound of the format that is playing already follows on
+    // without a gap; before any other the device plays to the end what it has. False when the
+    // device does not take such sound as it is.
+    bool prepare(SoundFormat format);
 
     // Whole frames, interleaved. Waits until the device has taken them, or throws Interrupted.
     void play(std::span<const float> samples);
@@ -35,15 +46,13 @@ class SoundDevice {
     void drain();
 
  private:
-    void open();
+    snd_pcm_t* device();  // opened the first time
 
     struct Closer {
         void operator()(snd_pcm_t* device) const { snd_pcm_close(device); }
     };
     std::unique_ptr<snd_pcm_t, Closer> device_;
-    bool prepared_ = false;
-    std::uint32_t rate_ = 0;
-    std::uint32_t channels_ = 0;
+    std::optional<SoundFormat> format_;  // that the device is ready for
 };
 
 }  // namespace atdp::host
