@@ -43,12 +43,12 @@ void fitToDevice(OpenedFile& file, SoundDevice& device) {
     const SoundFormat wanted{static_cast<std::uint32_t>(std::lround(rate)),
                              static_cast<std::uint32_t>(channels)};
     const SoundFormat taken = device.nearest(wanted).value_or(wanted);
-    if ((taken.rate == wanted.rate || decoder.setSamplingRate(static_cast<float>(taken.rate))) &&
-        (taken.channels == wanted.channels ||
-         decoder.setChannels(static_cast<std::int32_t>(taken.channels))) &&
-        device.prepare(taken)) {
-        return;
-    }
+    DeliveryOptions delivery;
+    if (taken.rate != wanted.rate) delivery.rate = taken.rate;
+    if (taken.channels != wanted.channels)
+        delivery.channels = static_cast<std::int32_t>(taken.channels);
+    applyDelivery(file, delivery);
+    if (device.prepare(taken)) return;
     throw Failure(file.path, "the sound device refuses " + plainNumber(rate) + " Hz, " +
                                  std::to_string(channels) + " channels");
 }

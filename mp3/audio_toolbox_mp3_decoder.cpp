@@ -37,7 +37,8 @@ struct AudioToolboxMP3Decoder::Request {
     std::uint64_t frames;
 };
 
-// The members of the same names; what is not here follows from them or is the host's position.
+// The members of the same names. Of what is buffered only the place counts: a reader that comes
+// back to it decodes the frames again.
 struct AudioToolboxMP3Decoder::Delivery {
     AudioStreamBasicDescription desc_{};
     std::unique_ptr<AudioBufferList, AudioBufferListFree> p_abl_;
@@ -104,7 +105,8 @@ std::uint64_t AudioToolboxMP3Decoder::framesToCut() const {
 }
 
 // What is cut and what is kept are brought to the delivery rate apart, so that the number of frames
-// kept does not hang on where the cut comes to lie between two frames.
+// kept does not hang on where the cut comes to lie between two frames. The data may end a frame
+// earlier than that.
 std::uint64_t AudioToolboxMP3Decoder::streamEnd() const {
     const std::uint64_t cut = framesToCut();
     return saturatedSum(framesDelivered(cut),
@@ -119,15 +121,15 @@ bool AudioToolboxMP3Decoder::makeEdgeRecords() {
     start_process_info_.end_frame_ = frames;
     end_process_info_.start_frame_ = std::max(streamFrames - frames, frames);
     end_process_info_.end_frame_ = streamFrames;
-    bool made = frames <= kGreatestEdgeSamples / std::max(channels, 1U);
     try {
-        start_process_info_.samples_.resize(made ? frames * channels : 0);
-        end_process_info_.samples_.resize(made ? frames * channels : 0);
+        if (frames > kGreatestEdgeSamples / std::max(channels, 1U)) throw std::bad_alloc();
+        start_process_info_.samples_.resize(frames * channels);
+        end_process_info_.samples_.resize(frames * channels);
+        return true;
     } catch (const std::bad_alloc&) {
-        made = false;
+        NSLog("AllocationFailed");
+        return false;
     }
-    if (!made) NSLog("AllocationFailed");
-    return made;
 }
 
 bool AudioToolboxMP3Decoder::createBufferWrapper() {
@@ -324,34 +326,36 @@ bool AudioToolboxMP3Decoder::placeReader(std::uint64_t frame) {
     return true;
 }
 
+// A decoder without a buffer has lost its reader's format in a change that failed.
 bool AudioToolboxMP3Decoder::setSamplingRate(float rate) {
     if (!opened_) return false;
-    if (rate != sampling_rate_) {
-        AudioStreamBasicDescription format = desc_;
-        format.mSampleRate = double{rate};
-        if (!changeFormat(format, 0)) return false;
-        // The start, also where the seek is refused.
-        timestamp_ = 0;
-        current_frame_ = 0;
-        virtual_current_frame_ = 0;
-        seek_end_remain_frames_ = 0;
-        decoded_ = false;
+    if (rate == sampling_rate_ && p_abl_) {
+        seek(0);
+        return true;
     }
-    seek(0);
+    AudioStreamBasicDescription format = desc_;
+    format.mSampleRate = double{rate};
+    if (!changeFormat(format, 0)) return false;
+    timestamp_ = 0;
+    current_frame_ = 0;
+    virtual_current_frame_ = 0;
+    seek_end_remain_frames_ = 0;
+    decoded_ = false;
     return true;
 }
 
 // Bytes per frame and per packet keep their old values: the reader goes by the channel count.
 bool AudioToolboxMP3Decoder::setChannels(std::int32_t channels) {
     if (!opened_) return false;
-    if (channels == channels_) return true;
+    if (channels == channels_ && p_abl_) return true;
     AudioStreamBasicDescription format = desc_;
     format.mChannelsPerFrame = static_cast<std::uint32_t>(channels);
     return changeFormat(format, current_frame_);
 }
 
 // Everything is made anew beside the old, which comes back where a step fails. Where the reader
-// refuses to go back, it gets no buffer: what is not held in memory then fails as a read does.
+// refuses to go back, the decoder is left without a buffer: what is not held in memory then fails
+// as a read does.
 bool AudioToolboxMP3Decoder::changeFormat(const AudioStreamBasicDescription& format,
                                           std::uint64_t position) {
     if (!setClientDataFormat(format)) return false;

@@ -22,14 +22,16 @@ class AudioToolboxMP3Decoder final : public AudioToolboxWavDecoder {
     std::uint32_t getPreferredBufferSize() override;  // frames of one packet
 
     // A change decodes the first second again. Where that fails, or the reader or memory refuses
-    // the new format, the answer is false, and delivery goes on in the old one where it was. A new
-    // rate goes to the start; a new channel count keeps the position.
+    // the new format, the answer is false, and delivery goes on in the old one where it was (but if
+    // the reader cannot even go back to that, reads fail until a change succeeds, also one to the
+    // values in force). A new rate goes to the start; a new channel count keeps the position.
     bool setSamplingRate(float rate) override;
     bool setChannels(std::int32_t channels) override;
 
     // In frames of the file, whatever the rate delivered. A count that the file gives stays as it
     // is. Where silence is cut instead, they tell of what the scan found: the frames cut at the
-    // start; and at the end, from the time that delivery reaches the last second, those kept of it.
+    // start; and at the end, from the time that delivery reaches the last second in the present
+    // format, those kept of it.
     std::int32_t getPrimingFrames() override;
     std::int32_t getRemainderFrames() override;
 

@@ -15,8 +15,8 @@ inline constexpr double kMinFileRate = 1.0;
 inline constexpr double kMaxFileRate = 4'294'967'295.0;
 
 // Rates that a client may ask for, in Hz, and how many times higher or lower than the file's they
-// may be: far more than any sound needs, and little enough that a hostile file, which may state any
-// rate, cannot make a frame cost seconds.
+// may be: far more than any sound needs, and little enough that a file, which may state any rate,
+// cannot make the first frame after a seek cost seconds.
 inline constexpr double kMinClientRate = 1'000.0;
 inline constexpr double kMaxClientRate = 768'000.0;
 inline constexpr double kMaxRateRatio = 4'096.0;

@@ -4,8 +4,8 @@
 
 namespace atdp::services {
 
-// Decoded sound: interleaved 32-bit floats at the file's own rate and channel count. One thread at
-// a time.
+// Sound as it is delivered: interleaved 32-bit floats, all at one rate and channel count. One
+// thread at a time.
 class FrameReader {
  public:
     virtual ~FrameReader() = default;

@@ -16,7 +16,7 @@ struct PacketLayout {
     std::uint64_t frames = 0;      // frames after them are padding
 };
 
-// Delivers the frames of a compressed stream, from the first that is sound to the last.
+// Delivers the frames of what is decoded in packets, from the first that is sound to the last.
 class PacketReader final : public FrameReader {
  public:
     PacketReader(std::unique_ptr<PacketDecoder> decoder, const PacketLayout& layout);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cmath>
 #include <cstddef>
+#include <initializer_list>
 #include <optional>
 
 namespace atdp::services {

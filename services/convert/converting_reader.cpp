@@ -42,9 +42,9 @@ std::unique_ptr<FrameReader> makeMixer(FrameReader& source, std::uint32_t channe
 }
 
 std::unique_ptr<FrameReader> makeRateReader(FrameReader& source, std::uint32_t channels,
-                                            RateRatio ratio, std::uint64_t frames) {
+                                            double inRate, double outRate, std::uint64_t frames) {
     return std::make_unique<PacketReader>(
-        std::make_unique<RateConverter>(source, channels, ratio),
+        std::make_unique<RateConverter>(source, channels, inRate, outRate),
         PacketLayout{.channels = channels, .framesPerPacket = kRatePacketFrames, .frames = frames});
 }
 
@@ -85,9 +85,8 @@ Result<ConvertingReader::Stages> ConvertingReader::makeStages(double rate, std::
     if (!isSameRate(rate, fileRate)) {
         const auto frames = file_->lengthInFrames();
         if (!frames) return frames.failure();
-        stages.rate =
-            makeRateReader(*stages.last, std::min(channels, fileChannels),
-                           rateRatio(fileRate, rate), scaledFrames(*frames, fileRate, rate));
+        stages.rate = makeRateReader(*stages.last, std::min(channels, fileChannels), fileRate, rate,
+                                     scaledFrames(*frames, fileRate, rate));
         stages.last = stages.rate.get();
     }
     if (channels > fileChannels) {

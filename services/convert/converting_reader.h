@@ -49,7 +49,7 @@ class ConvertingReader {
     std::unique_ptr<FrameReader> fileFrames_;  // made when the first client format is set
     Stages stages_;
     AudioStreamBasicDescription clientFormat_{};
-    std::uint64_t position_ = 0;  // in frames of the client format
+    std::uint64_t position_ = 0;  // in frames of the client format; past the end as it was asked
 };
 
 }  // namespace atdp::services

@@ -1,6 +1,7 @@
 #include "services/convert/rate_converter.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <new>
 
@@ -11,7 +12,14 @@ namespace {
 // bits; segments are long enough that leads cost little, and short enough that a seek into one
 // does.
 constexpr std::uint32_t kLeadFrames = 256;
-constexpr std::uint32_t kSegmentFrames = 131'072;
+constexpr std::uint32_t kMinSegmentFrames = 1024;
+constexpr std::uint32_t kMaxSegmentFrames = 131'072;
+
+// Samples of a segment at the higher rate, so that rates far apart and many channels do not make a
+// seek cost seconds. The same holds for the terms of a ratio, which are the least that a segment
+// can have.
+constexpr std::uint32_t kSegmentSamples = 1U << 23;
+constexpr std::uint32_t kMaxTermSamples = 1U << 25;
 
 constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
@@ -22,26 +30,42 @@ RateRatio periods(RateRatio ratio, std::uint32_t frames) {
     return {count * ratio.in, count * ratio.out};
 }
 
+RateRatio segmentOf(RateRatio ratio, std::uint32_t channels) {
+    const std::uint32_t factor = std::max(ratio.in / ratio.out, ratio.out / ratio.in);
+    return periods(ratio, std::clamp(kSegmentSamples / (channels * factor), kMinSegmentFrames,
+                                     kMaxSegmentFrames));
+}
+
+// libsoxr does not survive memory running out while it starts a conversion: what it is about to
+// take is tried first.
+bool hasMemoryToStart(std::uint32_t channels) {
+    constexpr std::size_t kBytesPerChannel = 512 * 1024;
+    const std::unique_ptr<std::byte[]> trial(new (std::nothrow)
+                                                 std::byte[kBytesPerChannel * (channels + 1)]);
+    return trial != nullptr;
+}
+
 // Precision of 28 bits and linear phase. Ratios of large terms want the precise clock: without it
-// they drift by some frames an hour.
+// they drift by some frames an hour. Null where memory runs out.
 soxr_t makeResampler(RateRatio ratio, std::uint32_t channels) {
+    if (!hasMemoryToStart(channels)) return nullptr;
     const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, SOXR_HI_PREC_CLOCK);
-    soxr_error_t error = nullptr;
-    soxr_t resampler =
-        soxr_create(ratio.in, ratio.out, channels, &error, nullptr, &quality, nullptr);
-    if (resampler == nullptr) throw std::bad_alloc();
-    return resampler;
+    return soxr_create(ratio.in, ratio.out, channels, nullptr, nullptr, &quality, nullptr);
 }
 
 }  // namespace
 
-RateConverter::RateConverter(FrameReader& source, std::uint32_t channels, RateRatio ratio)
+RateConverter::RateConverter(FrameReader& source, std::uint32_t channels, double inRate,
+                             double outRate)
     : source_(source, channels),
       channels_(channels),
-      segment_(periods(ratio, kSegmentFrames)),
-      lead_(periods(ratio, kLeadFrames)),
-      resampler_(makeResampler(ratio, channels)),
-      skipped_(std::size_t{kRatePacketFrames} * channels) {}
+      ratio_(rateRatio(inRate, outRate, kMaxTermSamples / std::max(channels, 2U))),
+      segment_(segmentOf(ratio_, channels)),
+      lead_(periods(ratio_, kLeadFrames)),
+      resampler_(makeResampler(ratio_, channels)),
+      skipped_(std::size_t{kRatePacketFrames} * channels) {
+    if (!resampler_) throw std::bad_alloc();
+}
 
 bool RateConverter::decode(std::uint64_t packet, float* samples) {
     if (!goTo(packet * kRatePacketFrames)) return false;
@@ -63,9 +87,17 @@ bool RateConverter::goTo(std::uint64_t frame) {
     return skip(frame - position_);
 }
 
+bool RateConverter::resetResampler() {
+    if (!resampler_)
+        resampler_.reset(makeResampler(ratio_, channels_));
+    else if (!hasMemoryToStart(channels_) || soxr_clear(resampler_.get()) != nullptr)
+        resampler_.reset();
+    return resampler_ != nullptr;
+}
+
 bool RateConverter::startSegment(std::uint64_t segment) {
     const RateRatio lead = segment == 0 ? RateRatio{0, 0} : lead_;
-    soxr_clear(resampler_.get());
+    if (!resetResampler()) return giveUp();
     source_.goTo(segment * segment_.in - lead.in);
     position_ = segment * segment_.out - lead.out;
     segmentEnd_ = (segment + 1) * segment_.out;
@@ -82,20 +114,18 @@ bool RateConverter::skip(std::uint64_t frames) {
     return true;
 }
 
-// After a failure the resampler has lost its place, and the next packet starts a segment.
 bool RateConverter::resample(float* samples, std::size_t frames) {
     while (frames > 0) {
         std::size_t taken = 0;
         std::size_t given = 0;
-        if (source_.fill()) {
-            const auto input = source_.samples();
+        if (!source_.fill()) return giveUp();
+        const auto input = source_.samples();
+        const soxr_error_t error =
             soxr_process(resampler_.get(), input.data(), input.size() / channels_, &taken, samples,
                          frames, &given);
-        }
-        if (taken == 0 && given == 0) {  // the source cannot be read, or memory has run out
-            position_ = kNowhere;
-            segmentEnd_ = 0;
-            return false;
+        if (error != nullptr || (taken == 0 && given == 0)) {
+            resampler_.reset();
+            return giveUp();
         }
         source_.take(taken);
         samples += given * channels_;
@@ -103,6 +133,13 @@ bool RateConverter::resample(float* samples, std::size_t frames) {
         position_ += given;
     }
     return true;
+}
+
+// The place is lost: the next packet starts a segment.
+bool RateConverter::giveUp() {
+    position_ = kNowhere;
+    segmentEnd_ = 0;
+    return false;
 }
 
 }  // namespace atdp::services

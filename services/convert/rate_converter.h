@@ -18,13 +18,17 @@ inline constexpr std::uint32_t kRatePacketFrames = 2048;
 // Sound of a source at another rate, band-limited, in packets of kRatePacketFrames. The first frame
 // is at the time of the source's first; behind the source's last frame there is silence.
 //
-// The sound is converted in segments of some three seconds, each for itself: the resampler starts
-// afresh a little before the segment, at a frame that both rates have in common. So what a frame's
-// samples are does not depend on where playing began, to the last bit.
+// The sound is converted in segments of some seconds, each for itself: the resampler starts afresh
+// a little before the segment, at a frame that both rates have in common. So what a frame's samples
+// are does not depend on where playing began, to the last bit.
+//
+// Where the source cannot be read, the sound of the packet at hand and of the frames that the
+// filters hold is not delivered either. Starting afresh allocates, once a segment.
 class RateConverter final : public PacketDecoder {
  public:
-    // The source must outlive the converter and be read by nobody else. Throws std::bad_alloc.
-    RateConverter(FrameReader& source, std::uint32_t channels, RateRatio ratio);
+    // The source must outlive the converter and be read by nobody else. Rates in Hz. Throws
+    // std::bad_alloc.
+    RateConverter(FrameReader& source, std::uint32_t channels, double inRate, double outRate);
 
     bool decode(std::uint64_t packet, float* samples) override;
 
@@ -34,17 +38,20 @@ class RateConverter final : public PacketDecoder {
     };
 
     bool goTo(std::uint64_t frame);
+    bool resetResampler();
     bool startSegment(std::uint64_t segment);
     bool skip(std::uint64_t frames);
     bool resample(float* samples, std::size_t frames);
+    bool giveUp();
 
     FrameWindow source_;
     std::uint32_t channels_;
+    RateRatio ratio_;
     RateRatio segment_;  // frames of a segment, at both rates
     RateRatio lead_;     // frames before it that the resampler is given first
-    std::unique_ptr<soxr, ResamplerDelete> resampler_;
-    std::vector<float> skipped_;    // room for frames that nobody hears
-    std::uint64_t position_ = 0;    // the next frame to come out
+    std::unique_ptr<soxr, ResamplerDelete> resampler_;  // null after a failure
+    std::vector<float> skipped_;                        // room for frames that nobody hears
+    std::uint64_t position_ = 0;                        // the next frame to come out
     std::uint64_t segmentEnd_ = 0;  // the frame where the segment that it comes from ends
 };
 

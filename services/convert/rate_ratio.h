@@ -10,9 +10,8 @@ struct RateRatio {
     std::uint32_t out = 1;
 };
 
-// The ratio of two rates in Hz, positive and finite, no further apart than kMaxRateRatio. Exact
-// where terms of 24 bits are enough, as for all whole numbers of Hz up to 16 MHz; else the closest
-// such.
-RateRatio rateRatio(double inRate, double outRate);
+// The ratio of two rates in Hz, positive and finite, no further apart than kMaxRateRatio: exact
+// where terms up to `maxTerm` are enough, else the closest such.
+RateRatio rateRatio(double inRate, double outRate, std::uint32_t maxTerm);
 
 }  // namespace atdp::services

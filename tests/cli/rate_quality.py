@@ -98,7 +98,7 @@ def main():
             failed |= not is_good
             print(
                 f"{from_rate:6} to {to_rate:6} Hz, {frequency:5} Hz: "
-                f"{words[what]:12} {result:8.2f} dB {'' if is_good else '  WORSE THAN ' + str(bound)}"
+                f"{words[what]:12} {result:8.2f} dB{'' if is_good else f', worse than {bound}'}"
             )
     return 1 if failed else 0
 

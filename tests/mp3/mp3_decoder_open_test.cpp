@@ -161,7 +161,8 @@ TEST_F(Mp3DecoderTest, OddDescriptionsAreHarmless) {
             for (const float rate : {50.0F, 0.0F, -0.5F, -1.0F, 1e30F, HUGE_VALF, std::nanf("")}) {
                 decoder.setSamplingRate(rate);
                 play(decoder, 120);
-                decoder.setChannels(rate == 50 ? 0 : 4);
+                decoder.setChannels(0);
+                decoder.setChannels(4);
                 playToTheEnd(decoder);
             }
             decoder.close();

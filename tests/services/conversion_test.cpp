@@ -80,24 +80,30 @@ std::ostream& operator<<(std::ostream& out, const Rates& rates) {
     return out << rates.in << " to " << rates.out << " Hz";
 }
 
-// The seventh has terms of 24 bits, the eighth as many frames in as a whole segment out.
-class RateConversion : public testing::TestWithParam<Rates> {};
+class RateConversion : public testing::TestWithParam<Rates> {
+ protected:
+    // A file that is long enough for a joint between two segments.
+    static std::size_t framesIn() {
+        const auto [in, out] = GetParam();
+        return static_cast<std::size_t>(140'000 * std::max(1.0, in / out));
+    }
+};
 
+// Common ones, whole numbers with nothing in common, fractions.
 INSTANTIATE_TEST_SUITE_P(All, RateConversion,
-                         testing::Values(Rates{44100, 48000}, Rates{48000, 44100},
-                                         Rates{96000, 44100}, Rates{88200, 44100},
-                                         Rates{8000, 192000}, Rates{44100, 44101},
-                                         Rates{48000, 48000.01171875}, Rates{131072, 2048},
+                         testing::Values(Rates{44100, 48000}, Rates{96000, 44100},
+                                         Rates{88200, 44100}, Rates{8000, 192000},
+                                         Rates{44100, 44101}, Rates{48000, 48000.01171875},
                                          Rates{11025, 22254.544921875}));
 
 TEST_P(RateConversion, GivesTheSameFramesFromAnywhereOn) {
     const Rates rates = GetParam();
-    const std::size_t framesIn = 150'000;
-    const TemporaryFile file(waveOf(noise(framesIn), rates.in).bytes());
+    const TemporaryFile file(waveOf(noise(framesIn()), rates.in).bytes());
     auto reader = readerOf(file);
     ASSERT_EQ(deliverAt(reader, rates.out, 1), noErr);
     const auto straight = readAll(reader);
-    ASSERT_EQ(straight.size(), std::llround(framesIn * rates.out / rates.in));
+    ASSERT_EQ(straight.size(),
+              std::llround(static_cast<double>(framesIn()) * rates.out / rates.in));
 
     std::mt19937_64 random(2);
     std::vector<std::size_t> targets = {0, 1, straight.size() - 1, straight.size() / 2};
@@ -114,15 +120,15 @@ TEST_P(RateConversion, GivesTheSameFramesFromAnywhereOn) {
     EXPECT_TRUE(read(reader, 10).empty());
 }
 
-// A slow sine, which a band-limited conversion must hit at every place, joints between segments
-// among them. The ends of the file are edges of the sine and ring.
+// A slow sine, which a band-limited conversion must hit at every place. The ends of the file are
+// edges of the sine and ring.
 TEST_P(RateConversion, KeepsTimeAndLevel) {
     const Rates rates = GetParam();
     const double frequency = std::min<double>(rates.in, rates.out) / 50;
     const auto sineAt = [frequency](double seconds) {
         return 0.5 * std::sin(2 * M_PI * frequency * seconds);
     };
-    std::vector<float> samples(300'000);
+    std::vector<float> samples(framesIn());
     for (std::size_t i = 0; i < samples.size(); ++i)
         samples[i] = static_cast<float>(sineAt(static_cast<double>(i) / rates.in));
     const TemporaryFile file(waveOf(samples, rates.in).bytes());
@@ -217,7 +223,8 @@ TEST(RateConversion, GoesOnAfterAFailedRead) {
     std::size_t done = 0;
     std::uint32_t frames = 500;
     for (; reader.read(all.data() + done, &frames); frames = 500) done += frames;
-    EXPECT_NEAR(static_cast<double>(done), static_cast<double>(straight.size()) / 2, 20'000);
+    // But for a packet and what the filters hold.
+    EXPECT_NEAR(static_cast<double>(done), static_cast<double>(straight.size()) / 2, 4'000);
     std::ofstream(file.path(), std::ios::binary) << bytes;
     const auto rest = readAll(reader);
     std::copy(rest.begin(), rest.end(), all.begin() + static_cast<std::ptrdiff_t>(done));
@@ -227,7 +234,7 @@ TEST(RateConversion, GoesOnAfterAFailedRead) {
 
 TEST(RateRatio, IsInLowestTermsOrTheClosestThere) {
     const auto ratio = [](double in, double out) {
-        const auto [i, o] = services::rateRatio(in, out);
+        const auto [i, o] = services::rateRatio(in, out, 1U << 24);
         return std::pair(i, o);
     };
     using Pair = std::pair<std::uint32_t, std::uint32_t>;
