@@ -148,13 +148,11 @@ class Play(Conversion):
 
     def test_what_nobody_can_deliver_is_refused(self):
         path = self.sox("t.wav", seconds=0.1)
-        for device, reason in (
-                ("{ type linear; slave { format S16_LE; pcm FILE } }",  # takes no floats
-                 "the sound device refuses 44100 Hz, 2 channels"),
-                (self.ONE_RATE.replace("48000", "500"), "cannot be delivered at 500 Hz")):
+        for device in ("{ type linear; slave { format S16_LE; pcm FILE } }",  # takes no floats
+                       self.ONE_RATE.replace("48000", "500")):  # no rate of the device
             result, captured = self.play(device, path, path)
             self.assertEqual((result.returncode, captured), (1, b""))
-            line = f"atdp: {path}: {reason}"
+            line = f"atdp: {path}: the sound device refuses 44100 Hz, 2 channels"
             self.assertEqual(result.stderr.decode().splitlines(), [line, line])
         result, captured = self.play("FILE", path, "--rate", 5)
         self.assert_fails(result, "t.wav: cannot be delivered at 5 Hz")
