@@ -1,10 +1,13 @@
 #include "host/frame_reader.h"
 
 #include <algorithm>
+#include <limits>
+#include <string_view>
 #include <utility>
 
 #include "host/failure.h"
 #include "host/frame_exact_seek.h"
+#include "host/stop_signal.h"
 
 namespace atdp::host {
 namespace {
@@ -15,6 +18,10 @@ constexpr std::uint32_t kMostSamples = 1u << 22;  // a request; 16 MiB of floats
 // there. It counts that second back from the end of all frames, but a seek from behind those cut
 // at the start, which are up to a second. One more second outweighs the rounding of the duration.
 constexpr double kUnsoughtSeconds = 3;
+
+bool repeatsFrames(const DecoderClass& decoderClass) {
+    return std::string_view(decoderClass.name) == "AudioToolboxMP3Decoder";
+}
 
 }  // namespace
 
@@ -34,6 +41,7 @@ double FrameReader::fileFrames() const {
 }
 
 std::uint64_t FrameReader::latestSeekFrame() const {
+    if (!repeatsFrames(*file_.decoderClass)) return std::numeric_limits<std::uint64_t>::max();
     const double frame = fileFrames() - kUnsoughtSeconds * double{rate_};
     return static_cast<std::uint64_t>(std::clamp(frame, 0.0, 0x1p62));
 }
@@ -46,6 +54,7 @@ void FrameReader::startAt(std::uint64_t frame) {
     }
     std::uint64_t framesToDrop = frame - point.frame;
     while (framesToDrop > 0) {
+        checkForStop();
         const std::span<const float> early = next();
         if (early.empty()) return;
         const std::uint64_t frames =

@@ -32,7 +32,7 @@ OSStatus ExtAudioFileGetProperty(ExtAudioFileRef reader, std::uint32_t property,
 
 // Sets the client format, the only property that can be set: packed native 32-bit float linear
 // PCM of 1 to 64 channels, at the file's own rate, or one from 1,000 to 768,000 Hz that is at most
-// 4,096 times higher or lower. The frame size is 4 x channels whatever the byte fields say. Any
+// 1,024 times higher or lower. The frame size is 4 x channels whatever the byte fields say. Any
 // other format answers kStatusUnsupportedFormat and leaves the reader as it was. The position stays
 // at its time. The first frame delivered is at the time of the file's first, and of N frames of the
 // file round(N x client rate / file rate) are delivered.

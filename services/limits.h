@@ -19,7 +19,7 @@ inline constexpr double kMaxFileRate = 4'294'967'295.0;
 // cannot make the first frame after a seek cost seconds.
 inline constexpr double kMinClientRate = 1'000.0;
 inline constexpr double kMaxClientRate = 768'000.0;
-inline constexpr double kMaxRateRatio = 4'096.0;
+inline constexpr double kMaxRateRatio = 1'024.0;
 
 // Bytes read from a file at a time while it plays: large enough that the calls cost little beside
 // the copying, small enough to stay in the processor's second-level cache.

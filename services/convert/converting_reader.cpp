@@ -1,7 +1,7 @@
 #include "services/convert/converting_reader.h"
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
 
 #include "services/codecs/packet_reader.h"
 #include "services/convert/channel_mixer.h"
@@ -43,9 +43,10 @@ std::unique_ptr<FrameReader> makeMixer(FrameReader& source, std::uint32_t channe
 
 std::unique_ptr<FrameReader> makeRateReader(FrameReader& source, std::uint32_t channels,
                                             double inRate, double outRate, std::uint64_t frames) {
-    return std::make_unique<PacketReader>(
-        std::make_unique<RateConverter>(source, channels, inRate, outRate),
-        PacketLayout{.channels = channels, .framesPerPacket = kRatePacketFrames, .frames = frames});
+    auto converter = std::make_unique<RateConverter>(source, channels, inRate, outRate);
+    const PacketLayout layout{
+        .channels = channels, .framesPerPacket = converter->framesPerPacket(), .frames = frames};
+    return std::make_unique<PacketReader>(std::move(converter), layout);
 }
 
 }  // namespace

@@ -15,11 +15,14 @@ constexpr std::uint32_t kLeadFrames = 256;
 constexpr std::uint32_t kMinSegmentFrames = 1024;
 constexpr std::uint32_t kMaxSegmentFrames = 131'072;
 
-// Samples of a segment at the higher rate, so that rates far apart and many channels do not make a
-// seek cost seconds. The same holds for the terms of a ratio, which are the least that a segment
-// can have.
-constexpr std::uint32_t kSegmentSamples = 1U << 23;
-constexpr std::uint32_t kMaxTermSamples = 1U << 25;
+// Samples of a segment and of a packet at the higher rate, so that rates far apart and many
+// channels do not make a frame cost seconds. The same bound holds for the terms of a ratio, which
+// are the least that a segment can have.
+constexpr std::uint32_t kMaxSegmentSamples = 1U << 23;
+constexpr std::uint32_t kMaxPacketSamples = 1U << 20;
+
+constexpr std::uint32_t kMinPacketFrames = 16;
+constexpr std::uint32_t kMaxPacketFrames = 2048;
 
 constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
@@ -32,8 +35,13 @@ RateRatio periods(RateRatio ratio, std::uint32_t frames) {
 
 RateRatio segmentOf(RateRatio ratio, std::uint32_t channels) {
     const std::uint32_t factor = std::max(ratio.in / ratio.out, ratio.out / ratio.in);
-    return periods(ratio, std::clamp(kSegmentSamples / (channels * factor), kMinSegmentFrames,
+    return periods(ratio, std::clamp(kMaxSegmentSamples / (channels * factor), kMinSegmentFrames,
                                      kMaxSegmentFrames));
+}
+
+std::uint32_t packetFramesOf(RateRatio ratio, std::uint32_t channels) {
+    const std::uint32_t factor = std::max(ratio.in / ratio.out, 1U);
+    return std::clamp(kMaxPacketSamples / (channels * factor), kMinPacketFrames, kMaxPacketFrames);
 }
 
 // libsoxr does not survive memory running out while it starts a conversion: what it is about to
@@ -59,21 +67,22 @@ RateConverter::RateConverter(FrameReader& source, std::uint32_t channels, double
                              double outRate)
     : source_(source, channels),
       channels_(channels),
-      ratio_(rateRatio(inRate, outRate, kMaxTermSamples / std::max(channels, 2U))),
+      ratio_(rateRatio(inRate, outRate, kMaxSegmentSamples / std::max(channels, 2U))),
       segment_(segmentOf(ratio_, channels)),
       lead_(periods(ratio_, kLeadFrames)),
+      packetFrames_(packetFramesOf(ratio_, channels)),
       resampler_(makeResampler(ratio_, channels)),
-      skipped_(std::size_t{kRatePacketFrames} * channels) {
+      skipped_(std::size_t{kMaxPacketFrames} * channels) {
     if (!resampler_) throw std::bad_alloc();
 }
 
 bool RateConverter::decode(std::uint64_t packet, float* samples) {
-    if (!goTo(packet * kRatePacketFrames)) return false;
+    if (!goTo(packet * packetFrames_)) return false;
     std::size_t done = 0;
-    while (done < kRatePacketFrames) {
+    while (done < packetFrames_) {
         if (position_ == segmentEnd_ && !startSegment(position_ / segment_.out)) return false;
         const auto frames = static_cast<std::size_t>(
-            std::min<std::uint64_t>(kRatePacketFrames - done, segmentEnd_ - position_));
+            std::min<std::uint64_t>(packetFrames_ - done, segmentEnd_ - position_));
         if (!resample(samples + done * channels_, frames)) return false;
         done += frames;
     }
@@ -107,7 +116,7 @@ bool RateConverter::startSegment(std::uint64_t segment) {
 bool RateConverter::skip(std::uint64_t frames) {
     while (frames > 0) {
         const auto count =
-            static_cast<std::size_t>(std::min<std::uint64_t>(frames, kRatePacketFrames));
+            static_cast<std::size_t>(std::min<std::uint64_t>(frames, kMaxPacketFrames));
         if (!resample(skipped_.data(), count)) return false;
         frames -= count;
     }

@@ -12,11 +12,8 @@
 
 namespace atdp::services {
 
-// Frames of a packet that RateConverter gives.
-inline constexpr std::uint32_t kRatePacketFrames = 2048;
-
-// Sound of a source at another rate, band-limited, in packets of kRatePacketFrames. The first frame
-// is at the time of the source's first; behind the source's last frame there is silence.
+// Sound of a source at another rate, band-limited. The first frame is at the time of the source's
+// first; behind the source's last frame there is silence.
 //
 // The sound is converted in segments of some seconds, each for itself: the resampler starts afresh
 // a little before the segment, at a frame that both rates have in common. So what a frame's samples
@@ -29,6 +26,8 @@ class RateConverter final : public PacketDecoder {
     // The source must outlive the converter and be read by nobody else. Rates in Hz. Throws
     // std::bad_alloc.
     RateConverter(FrameReader& source, std::uint32_t channels, double inRate, double outRate);
+
+    std::uint32_t framesPerPacket() const { return packetFrames_; }
 
     bool decode(std::uint64_t packet, float* samples) override;
 
@@ -49,6 +48,7 @@ class RateConverter final : public PacketDecoder {
     RateRatio ratio_;
     RateRatio segment_;  // frames of a segment, at both rates
     RateRatio lead_;     // frames before it that the resampler is given first
+    std::uint32_t packetFrames_;
     std::unique_ptr<soxr, ResamplerDelete> resampler_;  // null after a failure
     std::vector<float> skipped_;                        // room for frames that nobody hears
     std::uint64_t position_ = 0;                        // the next frame to come out
