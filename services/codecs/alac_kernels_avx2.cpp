@@ -1,3 +1,4 @@
+#include <cpuid.h>
 #include <immintrin.h>
 
 #include <algorithm>
@@ -8,8 +9,12 @@
 #include "services/codecs/alac_residuals.h"
 
 // After the includes: what other files compile too must not need these instructions.
+#ifdef __clang__
+#pragma clang attribute push(__attribute__((target("avx2,bmi,bmi2,lzcnt"))), apply_to = function)
+#else
 #pragma GCC push_options
 #pragma GCC target("avx2,bmi,bmi2,lzcnt")
+#endif
 
 namespace atdp::services {
 namespace {
@@ -209,12 +214,29 @@ void predict(std::int32_t* pairs, std::uint32_t frames, unsigned channels,
 
 }  // namespace
 
+#ifdef __clang__
+#pragma clang attribute pop
+#else
 #pragma GCC pop_options
+#endif
+
+namespace {
+
+// Not every compiler knows it by name.
+bool hasLzcnt() {
+    unsigned a = 0;
+    unsigned b = 0;
+    unsigned c = 0;
+    unsigned d = 0;
+    return __get_cpuid(0x8000'0001, &a, &b, &c, &d) != 0 && (c & bit_LZCNT) != 0;
+}
+
+}  // namespace
 
 const AlacKernels* avx2AlacKernels() {
     static constexpr AlacKernels kKernels{readResiduals, predict};
     static const bool isThere = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
-                                __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("lzcnt");
+                                __builtin_cpu_supports("bmi2") && hasLzcnt();
     return isThere ? &kKernels : nullptr;
 }
 

@@ -27,6 +27,11 @@ constexpr std::uint64_t kMaxReservoirPackets = 512;
 // Padding included.
 constexpr std::size_t kMaxPacketBytes = kMaxFreeFormatBytes + 4;
 
+// Packets that are remembered as undecodable. A stream with more is damaged beyond listening.
+constexpr std::size_t kMaxUndecodable = 1024;
+
+constexpr std::size_t kGranuleFrames = 576;
+
 // Packets handed over ahead of the one to be decoded. Only free format needs any: the library
 // measures its packets by the distance to the next header.
 constexpr std::uint64_t kMaxPacketsAhead = 3;
@@ -43,6 +48,10 @@ std::uint64_t leastSoundBytes(const MpegHeader& stream, std::uint64_t packetByte
     header.hasChecksum = true;
     header.isMono = false;
     return soundBytes(header, packetBytes);
+}
+
+bool isSound(const float* samples, std::size_t count) {
+    return std::any_of(samples, samples + count, [](float sample) { return sample != 0; });
 }
 
 bool configure(mpg123_handle* handle, std::uint32_t rate, std::uint32_t channels,
@@ -74,9 +83,8 @@ Result<std::unique_ptr<PacketDecoder>> MpegDecoder::make(std::shared_ptr<ByteSou
     Handle handle(mpg123_new(nullptr, nullptr));
     if (!handle || !configure(handle.get(), rate, channels, stream->freeFormatBytes != 0))
         return Failure::kUnsupportedFormat;
-    std::unique_ptr<MpegDecoder> decoder(new MpegDecoder(std::move(source), std::move(stream),
-                                                         std::size_t{framesPerPacket} * channels,
-                                                         std::move(handle)));
+    std::unique_ptr<MpegDecoder> decoder(new MpegDecoder(
+        std::move(source), std::move(stream), framesPerPacket, channels, std::move(handle)));
     if (!decoder->makeSilence()) return Failure::kUnreadable;
     return std::unique_ptr<PacketDecoder>(std::move(decoder));
 }
@@ -87,25 +95,39 @@ bool MpegDecoder::makeSilence() {
     if (!first) return false;
     const auto header = parseMpegHeader(*first);
     if (!header) return false;
+    header_ = *header;
     std::copy_n(first->begin(), MpegHeader::kBytes, silence_.begin());
     silence_.resize(header->packetBytes(stream_->freeFormatBytes));
     return true;
 }
 
 MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
-                         std::shared_ptr<const MpegPackets> stream, std::size_t samplesPerPacket,
-                         Handle handle)
+                         std::shared_ptr<const MpegPackets> stream, std::uint32_t framesPerPacket,
+                         std::uint32_t channels, Handle handle)
     : blocks_(std::move(source), kReadBlockBytes),
       stream_(std::move(stream)),
-      samplesPerPacket_(samplesPerPacket),
+      channels_(channels),
+      samplesPerPacket_(std::size_t{framesPerPacket} * channels),
       handle_(std::move(handle)),
       silence_(kMaxPacketBytes),
       mended_(kMaxPacketBytes),
-      unused_(samplesPerPacket) {}
+      unused_(samplesPerPacket_) {
+    undecodable_.reserve(kMaxUndecodable);
+}
 
 MpegDecoder::~MpegDecoder() = default;
 
+// Where an undecodable packet is met on the way, the way is gone again without it.
 bool MpegDecoder::decode(std::uint64_t packet, float* samples) {
+    for (;;) {
+        const std::size_t known = undecodable_.size();
+        if (!decodeAsKnown(packet, samples)) return false;
+        if (undecodable_.size() == known) return true;
+        isOpen_ = false;
+    }
+}
+
+bool MpegDecoder::decodeAsKnown(std::uint64_t packet, float* samples) {
     if (!isOpen_ || packet != nextPacket_) {
         const auto first = firstPacketFor(packet);
         if (!first) return false;
@@ -154,14 +176,36 @@ Result<std::uint64_t> MpegDecoder::reservoirStart(std::uint64_t packet) {
     return packet;
 }
 
+// Channels of a packet as it is decoded; 0 where it cannot be read.
+std::uint32_t MpegDecoder::channelsOf(std::uint64_t packet) {
+    const auto bytes = packetBytes(packet);
+    if (!bytes) return 0;
+    const auto header = parseMpegHeader(*bytes);
+    return header && header->agreesWith(header_) ? header->channels() : header_.channels();
+}
+
 // Only a fresh open clears the library's filterbank.
 bool MpegDecoder::restart(std::uint64_t packet) {
     isOpen_ =
         mpg123_close(handle_.get()) == MPG123_OK && mpg123_open_feed(handle_.get()) == MPG123_OK;
     nextPacket_ = packet;
     nextToFeed_ = packet;
+    soundFrom_ = packet;
+    previousChannels_ = 0;
+    endsInSound_ = false;
     reservoirBytes_ = 0;
     return isOpen_;
+}
+
+// Restarts so that `packet` is the next, in step, with its bits, and with silence before it.
+bool MpegDecoder::restartWithin(std::uint64_t packet) {
+    const auto start = reservoirStart(packet);
+    if (!start || !restart(*start / kFilterbankPeriodPackets * kFilterbankPeriodPackets))
+        return false;
+    soundFrom_ = packet;
+    while (nextPacket_ < packet)
+        if (!decodeInStep(unused_.data())) return false;
+    return true;
 }
 
 // Hands a packet to the library; behind the last one, a header, by which it measures the last
@@ -169,7 +213,9 @@ bool MpegDecoder::restart(std::uint64_t packet) {
 bool MpegDecoder::feed(std::uint64_t packet) {
     if (packet == stream_->packets.size()) return feedBytes(silence_);
     const auto bytes = packetBytes(packet);
-    return bytes && feedBytes(mended(*bytes));
+    const bool isSilent =
+        packet < soundFrom_ || std::binary_search(undecodable_.begin(), undecodable_.end(), packet);
+    return bytes && feedBytes(mended(*bytes, isSilent));
 }
 
 bool MpegDecoder::feedBytes(Bytes bytes) {
@@ -182,20 +228,22 @@ bool MpegDecoder::feedBytes(Bytes bytes) {
 //
 // What is no packet of the stream is replaced by silence. One that the stream cuts short is filled
 // up with zeros. And a layer III packet whose side information is damaged, or whose bits start
-// before those that the library was given, has its side information blanked, which makes it silence
-// that still fills the reservoir.
-Bytes MpegDecoder::mended(Bytes packet) {
+// before those that the library was given or before those of the packet before it, has its side
+// information blanked, which makes it silence that still fills the reservoir. So has one that is to
+// be silent.
+Bytes MpegDecoder::mended(Bytes packet, bool isSilent) {
     const auto header = parseMpegHeader(packet);
-    const bool isOurs = header && header->agreesWith(*parseMpegHeader(silence_));
-    if (!isOurs) packet = silence_;
+    const bool isOurs = header && header->agreesWith(header_);
+    if (!isOurs || (isSilent && header->layer != 3)) packet = silence_;
     const MpegHeader stated = *parseMpegHeader(packet);
     const std::uint32_t statedBytes = stated.packetBytes(stream_->freeFormatBytes);
     const std::uint64_t ownBytes = soundBytes(stated, statedBytes);
-    bool isSound = isOurs;
+    bool isSound = isOurs && !isSilent;
     if (stated.layer == 3) {
         const MpegSideInfo info = parseMpegSideInfo(stated, packet);
-        isSound = isOurs && info.isLegal && info.reservoirBytes <= reservoirBytes_ &&
+        isSound = isSound && info.isLegal && info.reservoirBytes <= reservoirBytes_ &&
                   info.soundBits <= 8 * (info.reservoirBytes + ownBytes);
+        if (isSound) reservoirBytes_ = info.reservoirBytes;  // nobody reaches behind this one
     }
     if (!isSound || statedBytes != packet.size()) {
         std::fill(std::copy(packet.begin(), packet.end(), mended_.begin()), mended_.end(),
@@ -208,8 +256,39 @@ Bytes MpegDecoder::mended(Bytes packet) {
     return packet;
 }
 
-// Decodes the next packet. What the library cannot make sense of is silence.
+// The library gives up on a granule whose bits make no sense, and on the packet with it, leaving
+// zeros and its filterbank out of step. Sound never ends so at once: the transform overlaps.
+bool MpegDecoder::breaksOff(const float* samples) const {
+    if (header_.layer != 3) return false;
+    bool afterSound = endsInSound_;
+    for (std::size_t at = 0; at < samplesPerPacket_; at += kGranuleFrames * channels_) {
+        if (afterSound && !isSound(samples + at, samplesPerPacket_ - at)) return true;
+        afterSound = isSound(samples + at + (kGranuleFrames - 1) * channels_, channels_);
+    }
+    return false;
+}
+
+void MpegDecoder::rememberUndecodable(std::uint64_t packet) {
+    const auto place = std::lower_bound(undecodable_.begin(), undecodable_.end(), packet);
+    const bool isKnown = place != undecodable_.end() && *place == packet;
+    if (!isKnown && undecodable_.size() < kMaxUndecodable) undecodable_.insert(place, packet);
+}
+
+// Decodes the next packet. While packets are mono, the library keeps what the second channel played
+// last, however long ago: where stereo begins again, it begins from silence.
 bool MpegDecoder::decodeNext(float* samples) {
+    const std::uint32_t channels = channelsOf(nextPacket_);
+    if (previousChannels_ == 1 && channels == 2 && !restartWithin(nextPacket_)) {
+        isOpen_ = false;
+        return false;
+    }
+    if (!decodeInStep(samples)) return false;
+    previousChannels_ = channels;
+    return true;
+}
+
+// What the library cannot make sense of is silence.
+bool MpegDecoder::decodeInStep(float* samples) {
     unsigned char* decoded = nullptr;
     std::size_t decodedBytes = 0;
     int status = MPG123_NEED_MORE;
@@ -234,6 +313,8 @@ bool MpegDecoder::decodeNext(float* samples) {
     ++nextPacket_;
     if (status == MPG123_OK && decodedBytes == samplesPerPacket_ * sizeof(float)) {
         std::memcpy(samples, decoded, decodedBytes);
+        if (breaksOff(samples)) rememberUndecodable(nextPacket_ - 1);
+        endsInSound_ = isSound(samples + samplesPerPacket_ - channels_, channels_);
         return true;
     }
     std::fill_n(samples, samplesPerPacket_, 0.0F);

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "services/codecs/mpeg_header.h"
 #include "services/codecs/mpeg_packets.h"
 #include "services/codecs/packet_decoder.h"
 #include "services/io/block_reader.h"
@@ -40,28 +41,40 @@ class MpegDecoder final : public PacketDecoder {
     using Handle = std::unique_ptr<mpg123_handle_struct, HandleDelete>;
 
     MpegDecoder(std::shared_ptr<ByteSource> source, std::shared_ptr<const MpegPackets> stream,
-                std::size_t samplesPerPacket, Handle handle);
+                std::uint32_t framesPerPacket, std::uint32_t channels, Handle handle);
 
+    bool decodeAsKnown(std::uint64_t packet, float* samples);
     Result<Bytes> packetBytes(std::uint64_t packet);
     Result<std::uint64_t> firstPacketFor(std::uint64_t packet);
     Result<std::uint64_t> reservoirStart(std::uint64_t packet);
+    std::uint32_t channelsOf(std::uint64_t packet);
     bool restart(std::uint64_t packet);
+    bool restartWithin(std::uint64_t packet);
     bool makeSilence();
     bool feed(std::uint64_t packet);
     bool feedBytes(Bytes bytes);
-    Bytes mended(Bytes packet);
+    Bytes mended(Bytes packet, bool isSilent);
     bool decodeNext(float* samples);
+    bool decodeInStep(float* samples);
+    bool breaksOff(const float* samples) const;
+    void rememberUndecodable(std::uint64_t packet);
 
     BlockReader blocks_;
     std::shared_ptr<const MpegPackets> stream_;
+    std::uint32_t channels_;
     std::size_t samplesPerPacket_;
     Handle handle_;
-    std::vector<std::byte> silence_;    // a packet
-    std::vector<std::byte> mended_;     // a packet that cannot be handed over as it is
-    std::vector<float> unused_;         // samples of packets decoded on the way to another
-    std::uint64_t nextPacket_ = 0;      // that decodeNext decodes
-    std::uint64_t nextToFeed_ = 0;      // ahead of nextPacket_ where the library looks ahead
-    std::uint32_t reservoirBytes_ = 0;  // bytes before nextToFeed_ that the library has
+    MpegHeader header_{};                     // of the first packet
+    std::vector<std::byte> silence_;          // a packet
+    std::vector<std::byte> mended_;           // a packet that cannot be handed over as it is
+    std::vector<float> unused_;               // samples of packets decoded on the way to another
+    std::vector<std::uint64_t> undecodable_;  // packets that the library gave up on, in order
+    std::uint64_t nextPacket_ = 0;            // that decodeNext decodes
+    std::uint64_t nextToFeed_ = 0;            // ahead of nextPacket_ where the library looks ahead
+    std::uint64_t soundFrom_ = 0;             // packets before it are handed over as silence
+    std::uint32_t previousChannels_ = 0;      // of the packet before nextPacket_; 0: not decoded
+    bool endsInSound_ = false;                // that packet's last frame
+    std::uint32_t reservoirBytes_ = 0;  // before nextToFeed_, that a packet may reach back for
     bool isOpen_ = false;
 };
 
