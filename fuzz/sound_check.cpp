@@ -1,0 +1,134 @@
+#include "fuzz/sound_check.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "fuzz/contract.h"
+#include "fuzz/memory_file.h"
+#include "services/convert/converting_reader.h"
+#include "services/limits.h"
+
+namespace atdp::fuzz {
+namespace {
+
+using services::ConvertingReader;
+
+// Enough for a few packets of any kind, and little enough for thousands of inputs a second.
+constexpr std::size_t kSamplesPlayed = 1 << 16;
+constexpr float kUntouched = 12345.0F;
+
+// Bit for bit, but for MPEG audio with damaged packets: these put the library's filterbank out of
+// step, which then adds in another order.
+bool agree(const float* a, const float* b, std::size_t samples, double tolerance) {
+    if (std::memcmp(a, b, samples * sizeof(float)) == 0) return true;
+    double greatest = 1;
+    double difference = 0;
+    for (std::size_t i = 0; i < samples; ++i) {
+        greatest = std::max(greatest, std::fabs(double{b[i]}));
+        difference = std::max(difference, std::fabs(double{a[i]} - double{b[i]}));
+    }
+    return difference <= tolerance * greatest;
+}
+
+bool isMpeg(std::uint32_t format) {
+    return format == kAudioFormatMPEGLayer1 || format == kAudioFormatMPEGLayer2 ||
+           format == kAudioFormatMPEGLayer3;
+}
+
+bool setFormat(ConvertingReader& reader, double rate, std::uint32_t channels) {
+    AudioStreamBasicDescription format{};
+    format.mSampleRate = rate;
+    format.mFormatID = kAudioFormatLinearPCM;
+    format.mFormatFlags = kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked;
+    format.mChannelsPerFrame = channels;
+    format.mBitsPerChannel = 32;
+    return reader.setClientFormat(format) == noErr;
+}
+
+// Reads once; false at the end and where the file cannot be read.
+bool readOnce(ConvertingReader& reader, std::uint32_t frames, std::vector<float>* all) {
+    const std::uint32_t channels = reader.clientFormat().mChannelsPerFrame;
+    std::vector<float> samples((std::size_t{frames} + 1) * channels, kUntouched);
+    std::uint32_t got = frames;
+    if (!reader.read(samples.data(), &got)) return false;
+    require(got <= frames, "no more frames than asked for");
+    const std::size_t count = std::size_t{got} * channels;
+    require(std::all_of(samples.begin() + static_cast<std::ptrdiff_t>(count), samples.end(),
+                        [](float sample) { return sample == kUntouched; }),
+            "nothing is written behind what was read");
+    all->insert(all->end(), samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(count));
+    return got > 0;
+}
+
+void checkSeeks(ConvertingReader& reader, const std::vector<float>& straight,
+                std::mt19937& random) {
+    const std::uint32_t channels = reader.clientFormat().mChannelsPerFrame;
+    const std::size_t frames = straight.size() / channels;
+    for (int i = 0; i < 4 && frames > 0; ++i) {
+        const std::size_t from = random() % frames;
+        require(reader.seek(static_cast<std::int64_t>(from)) == noErr, "a frame can be sought");
+        const auto wanted =
+            static_cast<std::uint32_t>(std::min<std::size_t>(frames - from, 1 + random() % 700));
+        std::vector<float> part;
+        while (part.size() < std::size_t{wanted} * channels)
+            if (!readOnce(reader, wanted - static_cast<std::uint32_t>(part.size() / channels),
+                          &part))
+                break;
+        require(part.size() == std::size_t{wanted} * channels, "what was read once is there again");
+        const bool isExact = !isMpeg(reader.file().description().format.mFormatID);
+        require(agree(part.data(), straight.data() + from * channels, part.size(),
+                      isExact ? 0 : 0x1p-20),
+                "a run from anywhere has the straight run's samples");
+    }
+}
+
+void checkFormat(ConvertingReader& reader, std::uint64_t length, std::mt19937& random) {
+    std::vector<float> straight;
+    const std::uint32_t channels = reader.clientFormat().mChannelsPerFrame;
+    require(reader.seek(0) == noErr, "the first frame can be sought");
+    bool goesOn = true;
+    while (goesOn && straight.size() < kSamplesPlayed)
+        goesOn = readOnce(reader, 1 + static_cast<std::uint32_t>(random() % 2000), &straight);
+    const std::uint64_t frames = straight.size() / channels;
+    require(goesOn ? frames <= length : frames == length, "the length is what is delivered");
+    checkSeeks(reader, straight, random);
+}
+
+void checkDescription(const services::SoundDescription& sound, std::uint64_t fileBytes) {
+    require(sound.data.bytes <= fileBytes && sound.data.offset <= fileBytes - sound.data.bytes,
+            "the sound lies within the file");
+    for (const auto& chunk : sound.tagChunks)
+        require(chunk.body.bytes <= fileBytes && chunk.body.offset <= fileBytes - chunk.body.bytes,
+                "a chunk lies within the file");
+}
+
+}  // namespace
+
+void checkSound(std::span<const std::uint8_t> bytes, std::uint32_t choices) {
+    const MemoryFile file(bytes);
+    auto sound = services::SoundFile::open(file.path());
+    if (!sound) return;
+    checkDescription((*sound)->description(), bytes.size());
+    const auto length = (*sound)->lengthInFrames();
+    const auto counts = (*sound)->gaplessCounts();
+    if (!length || !counts) return;
+
+    std::mt19937 random(choices);
+    const AudioStreamBasicDescription& format = (*sound)->description().format;
+    ConvertingReader reader(*sound);
+    if (!setFormat(reader, format.mSampleRate, format.mChannelsPerFrame)) return;
+    checkFormat(reader, *length, random);
+    if (setFormat(reader, format.mSampleRate, 1 + choices % 8))
+        checkFormat(reader, *length, random);
+    const double rate = (choices & 0x100) != 0 ? 48000 : 11025;
+    if (format.mSampleRate < rate / 32 || format.mSampleRate > rate * 32) return;
+    if (!setFormat(reader, rate, 1 + choices % 3)) return;
+    const auto converted =
+        static_cast<std::uint64_t>(static_cast<double>(*length) * rate / format.mSampleRate + 0.5);
+    checkFormat(reader, converted, random);
+}
+
+}  // namespace atdp::fuzz
