@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "decoder/audio_toolbox_wav_decoder.h"
 #include "mp3/audio_toolbox_mp3_decoder.h"
@@ -46,16 +47,21 @@ std::unique_ptr<PluginProtocol> AudioToolboxDecoderPlugin::initWithKey(
     return std::unique_ptr<PluginProtocol>(new (std::nothrow) AudioToolboxDecoderPlugin);
 }
 
+// Each value is made where it stays: a std::variant of GCC 12 does not survive memory running out
+// while it is copied.
 std::unique_ptr<Properties> AudioToolboxDecoderPlugin::getProperties() {
     try {
-        return std::make_unique<Properties>(Properties{
-            {PLUGIN_KEY_NAME, "AudioToolboxDecoderPlugin"},
-            {PLUGIN_KEY_IF_VER, "1.0.0"},
-            {PLUGIN_KEY_PRIO, std::uint32_t{100}},
-            {PLUGIN_KEY_PLUG_TYPE, std::uint32_t{1}},
-            {PLUGIN_KEY_CODEC_TYPE, std::uint32_t{1}},
-            {PLUGIN_KEY_EXTS, std::vector<std::string>{"wav", "aiff", "aif", "mp3", "m4a"}},
-        });
+        auto properties = std::make_unique<Properties>();
+        const auto add = [&](const char* key, PropertyValue value) {
+            properties->emplace_back(key, std::move(value));
+        };
+        add(PLUGIN_KEY_NAME, "AudioToolboxDecoderPlugin");
+        add(PLUGIN_KEY_IF_VER, "1.0.0");
+        add(PLUGIN_KEY_PRIO, std::uint32_t{100});
+        add(PLUGIN_KEY_PLUG_TYPE, std::uint32_t{1});
+        add(PLUGIN_KEY_CODEC_TYPE, std::uint32_t{1});
+        add(PLUGIN_KEY_EXTS, std::vector<std::string>{"wav", "aiff", "aif", "mp3", "m4a"});
+        return properties;
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
