@@ -70,6 +70,11 @@ bool configure(mpg123_handle* handle, std::uint32_t rate, std::uint32_t channels
                          MPG123_ENC_FLOAT_32) == MPG123_OK;
 }
 
+bool hasRunOutOfMemory(mpg123_handle* handle) {
+    const int error = mpg123_errcode(handle);
+    return error == MPG123_OUT_OF_MEM || error == MPG123_NO_BUFFERS;
+}
+
 }  // namespace
 
 void MpegDecoder::HandleDelete::operator()(mpg123_handle_struct* handle) const {
@@ -309,6 +314,10 @@ bool MpegDecoder::decodeInStep(float* samples) {
         }
         off_t number = 0;
         status = mpg123_decode_frame(handle_.get(), &number, &decoded, &decodedBytes);
+    }
+    if (status == MPG123_ERR && hasRunOutOfMemory(handle_.get())) {
+        isOpen_ = false;
+        return false;
     }
     ++nextPacket_;
     if (status == MPG123_OK && decodedBytes == samplesPerPacket_ * sizeof(float)) {
