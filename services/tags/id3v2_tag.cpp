@@ -57,11 +57,20 @@ std::optional<std::string> utf8Content(const Id3v2Header& header, const Id3v2Fra
     return kUtf8 + std::string(charactersOf(language)) + *text;
 }
 
+// TagLib loses the parts of a frame where memory runs out while it makes one: what it is about to
+// take is tried first. Throws std::bad_alloc.
+void tryMemoryForFrame(std::size_t contentBytes) {
+    constexpr std::size_t kBytes = 4096;
+    constexpr std::size_t kBytesPerByte = 32;  // wide characters, as a whole and in fields, twice
+    const std::unique_ptr<std::byte[]> trial(new std::byte[kBytes + kBytesPerByte * contentBytes]);
+}
+
 // The frame as TagLib parses it. Frames with identifiers of four letters go as 2.3 even if they
 // come from 2.4: that is where frames that 2.4 renamed get their new names, and writers of 2.4
 // use the old ones too.
 std::unique_ptr<TagLib::ID3v2::Frame> parsed(const std::string& identifier,
                                              const std::string& content) {
+    tryMemoryForFrame(content.size());
     const bool isShort = identifier.size() == 3;
     std::string bytes = identifier;
     for (int shift = isShort ? 16 : 24; shift >= 0; shift -= 8)
@@ -95,7 +104,8 @@ std::string genreName(const std::string& genre) {
 
 std::string joinedFields(const TagLib::ID3v2::TextIdentificationFrame& frame, bool areGenres) {
     std::string values;
-    for (const TagLib::String& field : frame.fieldList()) {
+    const TagLib::StringList fields = frame.fieldList();  // one that is not constant is copied first
+    for (const TagLib::String& field : fields) {
         const std::string value = utf8Of(field);
         values += (areGenres ? genreName(value) : value) + '\0';
     }
