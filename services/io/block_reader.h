@@ -18,16 +18,23 @@ class BlockReader {
         : source_(std::move(source)), block_(blockBytes) {}
 
     // The bytes from `offset` on, as many as are at hand but at least `leastBytes` (at most a
-    // block): fewer only at the end of the source. Valid until the next call.
+    // block): fewer only at the end of the source. What cannot be read fails only the call that
+    // needs it. Valid until the next call.
     Result<Bytes> at(std::uint64_t offset, std::size_t leastBytes) {
         const bool held =
             offset >= held_.offset && offset <= held_.end() &&
             (leastBytes <= held_.end() - offset || held_.end() >= source_->sizeBytes());
         if (!held) {
             held_ = {};
-            const auto got = source_->readAt(offset, block_);
+            const auto got = source_->readUntilFailure(offset, block_);
             if (!got) return got.failure();
             held_ = {offset, *got};
+        }
+        if (held_.end() - offset < leastBytes) {  // the end, or what cannot be read
+            const auto more =
+                source_->readUntilFailure(held_.end(), std::span(block_).subspan(held_.bytes));
+            if (!more) return more.failure();
+            held_.bytes += *more;
         }
         return Bytes(block_).subspan(offset - held_.offset, held_.end() - offset);
     }

@@ -28,6 +28,12 @@ class ByteSource {
     // Reads into `out` from `offset` on and answers how many bytes were there: fewer than asked
     // for only at the end of the source, 0 past it.
     virtual Result<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> out) = 0;
+
+    // As readAt, but where the source fails on the way, answers the bytes before that place; a
+    // failure only where there are none.
+    virtual Result<std::size_t> readUntilFailure(std::uint64_t offset, std::span<std::byte> out) {
+        return readAt(offset, out);
+    }
 };
 
 // The part of `range` that lies within a source of that many bytes.

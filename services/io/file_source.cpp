@@ -33,8 +33,21 @@ class FileSource final : public ByteSource {
     std::uint64_t sizeBytes() const override { return sizeBytes_; }
 
     Result<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> out) override {
-        if (offset >= sizeBytes_) return std::size_t{0};
         std::size_t done = 0;
+        if (!read(offset, out, done)) return Failure::kUnreadable;
+        return done;
+    }
+
+    Result<std::size_t> readUntilFailure(std::uint64_t offset, std::span<std::byte> out) override {
+        std::size_t done = 0;
+        if (!read(offset, out, done) && done == 0) return Failure::kUnreadable;
+        return done;
+    }
+
+ private:
+    // False where the file cannot be read; `done` bytes were read before that place.
+    bool read(std::uint64_t offset, std::span<std::byte> out, std::size_t& done) const {
+        if (offset >= sizeBytes_) return true;
         while (done < out.size()) {
             const ssize_t got = ::pread(descriptor_.get(), out.data() + done, out.size() - done,
                                         static_cast<off_t>(offset + done));
@@ -42,12 +55,11 @@ class FileSource final : public ByteSource {
             if (got > 0)
                 done += static_cast<std::size_t>(got);
             else if (errno != EINTR)
-                return Failure::kUnreadable;
+                return false;
         }
-        return done;
+        return true;
     }
 
- private:
     FileDescriptor descriptor_;
     std::uint64_t sizeBytes_;
 };
