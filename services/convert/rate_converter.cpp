@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <mutex>
 #include <new>
 
 namespace atdp::services {
@@ -53,11 +54,16 @@ bool hasMemoryToStart(std::uint32_t channels) {
     return trial != nullptr;
 }
 
+// The first resampler makes tables for all, which libsoxr does without a lock: two threads that
+// make their first at once could get wrong samples.
+constinit std::mutex makingResampler;
+
 // Precision of 28 bits and linear phase. Ratios of large terms want the precise clock: without it
 // they drift by some frames an hour. Null where memory runs out.
 soxr_t makeResampler(RateRatio ratio, std::uint32_t channels) {
     if (!hasMemoryToStart(channels)) return nullptr;
     const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, SOXR_HI_PREC_CLOCK);
+    const std::lock_guard lock(makingResampler);
     return soxr_create(ratio.in, ratio.out, channels, nullptr, nullptr, &quality, nullptr);
 }
 
