@@ -30,14 +30,16 @@ install_packages() {
         apt-get install -q -y --no-install-recommends "${missing[@]}" >&2
 }
 
-# Configures and builds a preset; further arguments go to the configuration. Quiet unless it fails.
+# Configures and builds a preset, or of it only $build_targets; further arguments go to the
+# configuration. Quiet unless it fails.
 build_preset() {
     local preset=$1 log=build/$1.log
     shift
     mkdir -p build
     echo "Building build/$preset" >&2
-    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset" -j "$(nproc)"; } \
-        >"$log" 2>&1; then
+    if ! { cmake --preset "$preset" "$@" &&
+        cmake --build --preset "$preset" -j "$(nproc)" \
+            ${build_targets:+--target $build_targets}; } >"$log" 2>&1; then
         cat "$log" >&2
         exit 1
     fi
