@@ -15,21 +15,14 @@ TEST_F(WavDecoderTest, RequestsAreServedFromTheBufferBeforeTheNextRead) {
     EXPECT_EQ(platform().calls.size(), 4U);
 }
 
-struct OddCount {
-    std::uint32_t channels;
-    std::uint32_t count;
-    std::uint32_t frames;  // delivered
-    std::size_t reads;
-};
-
 TEST_F(WavDecoderTest, CountsThatAreNotWholeFramesComeBackAsTheyWere) {
-    for (const OddCount& odd : {OddCount{2, 5, 2, 1}, {2, 1, 0, 0}, {6, 20, 3, 1}, {1, 0, 0, 0}}) {
-        platform().format.mChannelsPerFrame = odd.channels;
+    for (const auto& [channels, count, delivered] :
+         {std::tuple{2U, 5U, 2U}, {2U, 1U, 0U}, {6U, 20U, 3U}, {1U, 0U, 0U}}) {
+        platform().format.mChannelsPerFrame = channels;
         const auto decoder = openDecoder();
-        EXPECT_EQ(
-            deliver(*decoder, odd.count),
-            Delivery(DECODER_RESULT_OK, odd.count, room(odd.count, 0, odd.frames, odd.channels)));
-        EXPECT_EQ(platform().calls.size(), odd.reads);
+        EXPECT_EQ(deliver(*decoder, count),
+                  Delivery(DECODER_RESULT_OK, count, room(count, 0, delivered, channels)));
+        EXPECT_EQ(platform().calls.size(), delivered > 0 ? 1U : 0U);
     }
 }
 
@@ -71,15 +64,6 @@ TEST_F(WavDecoderTest, FailedReadKeepsTheFramesBeforeIt) {
     EXPECT_EQ(deliver(*decoder, 4), Delivery(DECODER_RESULT_OK, 4, room(4, 512, 2)));
 }
 
-TEST_F(WavDecoderTest, TimestampIsSinglePrecision) {
-    const auto decoder = openDecoder();
-    EXPECT_EQ(decoder->getTimestamp(), 0U);
-    deliver(*decoder, 2 * 44'100);
-    EXPECT_EQ(decoder->getTimestamp(), 999'999'936U);
-    deliver(*decoder, 2 * (441'000 - 44'100));
-    EXPECT_EQ(decoder->getTimestamp(), 10'000'000'000U);
-}
-
 TEST_F(WavDecoderTest, DummySamplesAreZerosAndMoveNothing) {
     const auto decoder = openDecoder();
     deliver(*decoder, 1000);
@@ -107,7 +91,10 @@ TEST_F(WavDecoderTest, SeekGoesToTheFrameOfTheTimeAndDropsTheBuffer) {
         EXPECT_EQ(decoder->getTimestamp(), time);
         EXPECT_EQ(deliver(*decoder, 4), Delivery(DECODER_RESULT_OK, 4, room(4, frame, 2)));
     }
-    deliver(*decoder, 2 * (441'000 - 44'102));
+    EXPECT_EQ(decoder->seek(0), DECODER_RESULT_OK);
+    deliver(*decoder, 2 * 44'100);
+    EXPECT_EQ(decoder->getTimestamp(), 999'999'936U);  // in single precision
+    deliver(*decoder, 2 * (441'000 - 44'100));
     EXPECT_EQ(decoder->getTimestamp(), 10'000'000'000U);
 }
 

@@ -4,25 +4,23 @@
 namespace atdp {
 namespace {
 
-struct FormatCase {
-    double rate;
-    std::uint32_t channels;
-    std::uint32_t bits;
-    std::int64_t frames;
-    std::uint64_t duration;
-    std::int32_t byteRate;
-    std::uint32_t preferredFrames;
-};
-
 TEST_F(WavDecoderTest, PropertiesFollowFromTheFilesFormat) {
-    for (const FormatCase& file : {
-             FormatCase{44100, 2, 16, 441'000, 10'000'000'000, 176'400, 882},
-             {44100, 2, 0, 44'100, 999'999'936, 0, 882},
-             {48000, 1, 24, 48'000, 1'000'000'000, 144'000, 960},
-             {11025.5, 1, 12, 0, 0, 11'025, 220},
-             {44100.3, 8, 32, 1, 22'675, 1'411'209, 882},
-             {0, 2, 16, 0, ~std::uint64_t{0}, 0, 0},
-         }) {
+    const struct {
+        double rate;
+        std::uint32_t channels, bits;
+        std::int64_t frames;
+        std::uint64_t duration;
+        std::int32_t byteRate;
+        std::uint32_t preferredFrames;
+    } files[] = {
+        {44100, 2, 16, 441'000, 10'000'000'000, 176'400, 882},
+        {44100, 2, 0, 44'100, 999'999'936, 0, 882},
+        {48000, 1, 24, 48'000, 1'000'000'000, 144'000, 960},
+        {11025.5, 1, 12, 0, 0, 11'025, 220},
+        {44100.3, 8, 32, 1, 22'675, 1'411'209, 882},
+        {0, 2, 16, 0, ~std::uint64_t{0}, 0, 0},
+    };
+    for (const auto& file : files) {
         platform().format = {file.rate, kAudioFormatLinearPCM, 12,        0, 1,
                              0,         file.channels,         file.bits, 0};
         platform().frames = file.frames;

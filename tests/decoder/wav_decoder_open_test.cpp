@@ -28,100 +28,88 @@ TEST_F(WavDecoderTest, OpenAndCloseCallThePlatformInOrder) {
     EXPECT_EQ(platform().log, Lines{});
 }
 
-std::string joined(const Lines& lines) {
-    std::string text;
-    for (const std::string& line : lines) text += line + '\n';
-    return text;
-}
-
 struct BadAnswer {
     const char* name;
     const char* call;
     OSStatus status;             // noErr: the size alone is wrong
     std::uint32_t returnedSize;  // 0: the value's own
     std::string log;
-    const char* held = "";  // by the decoder afterwards
-};
+    std::string held;  // by the decoder afterwards
 
-std::string nameOf(const ::testing::TestParamInfo<BadAnswer>& info) {
-    return info.param.name;
-}
-
-class BadAnswerTest : public WavDecoderTest, public ::testing::WithParamInterface<BadAnswer> {
- protected:
-    BadAnswerTest() {
-        const BadAnswer& bad = GetParam();
-        if (bad.status != noErr) platform().failures[bad.call] = {bad.status};
-        if (bad.returnedSize != 0) platform().returnedSize[bad.call] = bad.returnedSize;
+    void give() const {
+        if (status != noErr) platform().failures[call] = {status};
+        if (returnedSize != 0) platform().returnedSize[call] = returnedSize;
     }
 };
-
-class FailedOpen : public BadAnswerTest {};
-
-TEST_P(FailedOpen, IsLoggedAndHoldsWhatItGotUntilClose) {
-    AudioToolboxWavDecoder decoder;
-    EXPECT_EQ(decoder.openByPath(path, nullptr), DECODER_RESULT_FAILED);
-    EXPECT_EQ(joined(platform().log), GetParam().log);
-    EXPECT_EQ(joined(platform().live()), GetParam().held);
-    EXPECT_EQ(deliver(decoder, 8), Delivery(DECODER_RESULT_READ_FAILED, 0, room(8, 0, 0)));
-    decoder.close();
-    decoder.close();
-}
-
-TEST_P(FailedOpen, IsNotClosedByTheDestructor) {
-    AudioToolboxWavDecoder().openByPath(path, nullptr);
-    leftOpen = platform().live();
-    EXPECT_EQ(joined(leftOpen), GetParam().held);
-}
 
 constexpr const char* kBoth = "file 1\nreader 1\n";
 const std::string kGetProperty = "ExtAudioFileGetProperty (kExtAudioFileProperty_";
 
 const BadAnswer kFatalAnswers[] = {
-    {"Url", "CFURLCreateFromFileSystemRepresentation", -1, 0,
-     "CFURLCreateFromFileSystemRepresentation failed.\n"},
-    {"File", "AudioFileOpenURL", -43, 0,
-     "url: file:///music/song.wav\nAudioFileOpenURL failed.(-43)\n"},
-    {"Reader", "ExtAudioFileWrapAudioFileID", kStatusUnsupportedFormat, 0,
+    {"url", "CFURLCreateFromFileSystemRepresentation", -1, 0,
+     "CFURLCreateFromFileSystemRepresentation failed.\n", ""},
+    {"file", "AudioFileOpenURL", -43, 0,
+     "url: file:///music/song.wav\nAudioFileOpenURL failed.(-43)\n", ""},
+    {"reader", "ExtAudioFileWrapAudioFileID", kStatusUnsupportedFormat, 0,
      "ExtAudioFileWrapAudioFileID failed.(0x666D743F)\n", "file 1\n"},
-    {"Length", "ExtAudioFileGetProperty #frm", -50, 0,
+    {"length", "ExtAudioFileGetProperty #frm", -50, 0,
      kGetProperty + "FileLengthFrames) failed.(0xFFFFFFFFFFFFFFCE)\n", kBoth},
-    {"LengthSize", "ExtAudioFileGetProperty #frm", noErr, 4,
+    {"size of the length", "ExtAudioFileGetProperty #frm", noErr, 4,
      kGetProperty + "FileLengthFrames) failed.(0x0)\n", kBoth},
-    {"Format", "ExtAudioFileGetProperty ffmt", 7, 0,
+    {"format", "ExtAudioFileGetProperty ffmt", 7, 0,
      kGetProperty + "FileDataFormat) failed.(0x7)\n", kBoth},
-    {"FormatSize", "ExtAudioFileGetProperty ffmt", noErr, 36,
+    {"size of the format", "ExtAudioFileGetProperty ffmt", noErr, 36,
      kGetProperty + "FileDataFormat) failed.(0x0)\n", kBoth},
-    {"ClientFormat", "ExtAudioFileSetProperty cfmt", -50, 0,
+    {"client format", "ExtAudioFileSetProperty cfmt", -50, 0,
      "ExtAudioFileSetProperty (kExtAudioFileProperty_ClientDataFormat) failed."
      "(0xFFFFFFFFFFFFFFCE)\n",
      kBoth},
 };
-INSTANTIATE_TEST_SUITE_P(Calls, FailedOpen, ::testing::ValuesIn(kFatalAnswers), nameOf);
 
-class MissingGaplessCounts : public BadAnswerTest {};
-
-TEST_P(MissingGaplessCounts, AreNotAFailure) {
-    platform().frames = 441'000;
-    platform().fileProperties["pnfo"] = bytesOf(AudioFilePacketTableInfo{900, 60, 40});
-    const auto decoder = openDecoder();
-    EXPECT_EQ(joined(platform().log), GetParam().log);
-    EXPECT_EQ(decoder->getPrimingFrames(), 0);
-    EXPECT_EQ(decoder->getRemainderFrames(), 0);
-    EXPECT_EQ(decoder->getDuration(), 10'000'000'000U);
+TEST_F(WavDecoderTest, FailedOpenIsLoggedAndHoldsWhatItGotUntilClose) {
+    for (const BadAnswer& bad : kFatalAnswers) {
+        SCOPED_TRACE(bad.name);
+        bad.give();
+        AudioToolboxWavDecoder decoder;
+        EXPECT_EQ(decoder.openByPath(path, nullptr), DECODER_RESULT_FAILED);
+        EXPECT_EQ(joined(platform().log), bad.log);
+        EXPECT_EQ(joined(platform().live()), bad.held);
+        EXPECT_EQ(deliver(decoder, 8), Delivery(DECODER_RESULT_READ_FAILED, 0, room(8, 0, 0)));
+        decoder.close();
+        decoder.close();
+        startCase();
+        bad.give();
+        AudioToolboxWavDecoder().openByPath(path, nullptr);
+        leftOpen = platform().live();
+        EXPECT_EQ(joined(leftOpen), bad.held);  // the destructor closes none of it
+        startCase();
+    }
 }
 
 const std::string kGetFile =
     "ExtAudioFileGetProperty(file_ref_, kExtAudioFileProperty_AudioFile) failed.";
 
-const BadAnswer kHarmlessAnswers[] = {
-    {"File", "ExtAudioFileGetProperty afil", -50, 0, kGetFile + "(0xFFFFFFFFFFFFFFCE)\n"},
-    {"FileSize", "ExtAudioFileGetProperty afil", noErr, 4, kGetFile + "(0x0)\n"},
-    {"Table", "AudioFileGetProperty pnfo", kStatusUnknownProperty, 0, ""},
-    {"TableSize", "AudioFileGetProperty pnfo", noErr, 12, ""},
-};
-INSTANTIATE_TEST_SUITE_P(Calls, MissingGaplessCounts, ::testing::ValuesIn(kHarmlessAnswers),
-                         nameOf);
+TEST_F(WavDecoderTest, MissingGaplessCountsAreNotAFailure) {
+    for (const BadAnswer& bad : {
+             BadAnswer{"file", "ExtAudioFileGetProperty afil", -50, 0,
+                       kGetFile + "(0xFFFFFFFFFFFFFFCE)\n", ""},
+             {"size of the file", "ExtAudioFileGetProperty afil", noErr, 4, kGetFile + "(0x0)\n",
+              ""},
+             {"table", "AudioFileGetProperty pnfo", kStatusUnknownProperty, 0, "", ""},
+             {"size of the table", "AudioFileGetProperty pnfo", noErr, 12, "", ""},
+         }) {
+        SCOPED_TRACE(bad.name);
+        startCase();
+        bad.give();
+        platform().frames = 441'000;
+        platform().fileProperties["pnfo"] = bytesOf(AudioFilePacketTableInfo{900, 60, 40});
+        const auto decoder = openDecoder();
+        EXPECT_EQ(joined(platform().log), bad.log);
+        EXPECT_EQ(decoder->getPrimingFrames(), 0);
+        EXPECT_EQ(decoder->getRemainderFrames(), 0);
+        EXPECT_EQ(decoder->getDuration(), 10'000'000'000U);
+    }
+}
 
 // They are asked for only where the file has no packet table, and replace the length.
 TEST_F(WavDecoderTest, GaplessCountsOfTheTagAreReportedAndNotCut) {
@@ -162,15 +150,13 @@ TEST_F(WavDecoderTest, NewOpenClosesTheFileThatAFailedOneLeft) {
     EXPECT_EQ(decoder.openByPath(path, nullptr), DECODER_RESULT_OK);
     EXPECT_EQ(platform().live(), (Lines{"file 2", "reader 1"}));
     decoder.close();
-}
 
-TEST_F(WavDecoderTest, OpenAfterAFailedOneWasClosedClosesNothingTwice) {
     platform().failures["ExtAudioFileWrapAudioFileID"] = {-50};
-    AudioToolboxWavDecoder decoder;
-    decoder.openByPath(path, nullptr);
-    decoder.close();
+    AudioToolboxWavDecoder closed;
+    closed.openByPath(path, nullptr);
+    closed.close();  // and nothing twice
     platform().failures.clear();
-    EXPECT_EQ(decoder.openByPath(path, nullptr), DECODER_RESULT_OK);
+    EXPECT_EQ(closed.openByPath(path, nullptr), DECODER_RESULT_OK);
 }
 
 TEST_F(WavDecoderTest, DestructorClosesAnOpenDecoder) {

@@ -13,9 +13,14 @@ class ScriptedTest : public ::testing::Test {
  protected:
     ScriptedTest() { resetPlatform(); }
 
-    void TearDown() override {
+    void TearDown() override { startCase(); }
+
+    // Between the cases of a test: ends one as a test ends, and starts the next afresh.
+    void startCase() {
         EXPECT_EQ(platform().faults, Lines{});
         EXPECT_EQ(platform().live(), leftOpen);
+        resetPlatform();
+        leftOpen.clear();
     }
 
     Lines leftOpen;

@@ -26,6 +26,12 @@ class WavDecoderTest : public scripted::ScriptedTest {
     }
 };
 
+inline std::string joined(const Lines& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += line + '\n';
+    return text;
+}
+
 // A result, the count as the call left it, and the room that was given: -1 where nothing was
 // written.
 using Delivery = std::tuple<std::int32_t, std::uint32_t, std::vector<float>>;
