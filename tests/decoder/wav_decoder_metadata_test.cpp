@@ -1,33 +1,11 @@
 // Metadata: which source supplies what.
-#include "tests/support/byte_builder.h"
+#include "tests/support/wav_decoder_metadata_test.h"
 #include "tests/support/failing_malloc.h"
-#include "tests/support/metadata_test.h"
-#include "tests/support/wav_decoder_test.h"
 
 namespace atdp {
 namespace {
 
 using scripted::bytesOf;
-using test::riffChunk;
-
-// A WAVE file that every source knows something of.
-class WavDecoderMetadataTest : public WavDecoderTest {
- protected:
-    WavDecoderMetadataTest() {
-        platform().fileProperties["ffmt"] = bytesOf(kAudioFileWAVEType);
-        platform().userData["id3 "] = {"tag"};
-        platform().tag = dictionary({{"TIT2", {"tag title"}}, {"TPE1", {"tag artist"}}});
-        platform().userData["LIST"] = {"INFO" + riffChunk("INAM", "list title") +
-                                       riffChunk("IART", "list artist")};
-        platform().information = dictionary({{"title", {"title"}},
-                                             {"artist", {"artist"}},
-                                             {"track number", {"3/12"}},
-                                             {"nominal bit rate", {"128000"}},
-                                             {"source bit depth", {"24"}}});
-    }
-
-    Lines read() const { return linesOf(*openDecoder()->getMetaData()); }
-};
 
 TEST_F(WavDecoderMetadataTest, EarlierSourcesTakePrecedence) {
     const Lines tag = {"Title=\"tag title\"", "Artist=\"tag artist\""};

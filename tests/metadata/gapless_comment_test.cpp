@@ -50,8 +50,7 @@ TEST_F(GaplessCommentTest, TextGivesValidFramesPrimingAndRemainder) {
         {"0 zz 2 3", "none"},
         {"0 1 -2 3", "none"},
         {"0 1 2 0x", "none"},
-        {"0\t1\t2\t3", "none"},
-    };
+        {"0\t1\t2\t3", "none"}};
     for (const auto& [text, counts] : texts) {
         platform().tag = scripted::gaplessTag(text);
         EXPECT_EQ(read(), counts) << text;
@@ -80,14 +79,6 @@ TEST_F(GaplessCommentTest, IsFoundUnderTheFirstOfThreeNames) {
         platform().tag = tag;
         EXPECT_EQ(read(), counts) << &tag - &tags->first;
     }
-}
-
-TEST_F(GaplessCommentTest, TheTagIsReadAndConvertedWhole) {
-    EXPECT_EQ(read(), "3 1 2");
-    EXPECT_EQ(platform().calls,
-              (Lines{"AudioFileGetPropertyInfo id3t file 1", "AudioFileGetProperty id3t file 1 7",
-                     "AudioFormatGetProperty id3d ID3 tag 8", "CFRelease dictionary 1"}));
-    EXPECT_EQ(platform().log, Lines{});
 }
 
 TEST_F(GaplessCommentTest, FailuresAreSilent) {

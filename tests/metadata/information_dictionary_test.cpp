@@ -44,8 +44,7 @@ TEST_F(InformationDictionaryTest, TrackIsTheIntegerBeforeTheSlash) {
         {"A7", "0"},
         {"7.9", "7"},
         {"99999999999999999999", "9223372036854775807"},
-        {"-99999999999999999999/3", "-9223372036854775808"},
-    };
+        {"-99999999999999999999/3", "-9223372036854775808"}};
     for (const auto& [text, number] : tracks) {
         platform().information = dictionary({{"track number", {text}}});
         EXPECT_EQ(read(), Lines{std::string("Track=") + number}) << text;

@@ -1,14 +1,7 @@
 // What the analysis of atoms leaves in the record.
-#include <gtest/gtest.h>
-
 #include <numeric>
 
-#include "mp4/atom_analysis.h"
-#include "mp4/atom_reader.h"
-#include "mp4/m4a_record.h"
-#include "platform/core_audio_types.h"
-#include "tests/support/atom_builder.h"
-#include "tests/support/temporary_file.h"
+#include "tests/support/m4a_record_test.h"
 
 namespace atdp {
 namespace {
@@ -16,34 +9,7 @@ namespace {
 using test::atom;
 using test::item;
 using test::word;
-
-class M4aRecordTest : public ::testing::Test {
- protected:
-    M4aRecordTest() { clearRecord(); }
-
-    static void analyze(const char (&type)[5], const std::string& body) {
-        vAnalizeAtomType(fourCharCode(type));
-        vAnalizeAtomBody(static_cast<std::uint32_t>(body.size()), fourCharCode(type),
-                         reinterpret_cast<const std::uint8_t*>(body.data()));
-    }
-
-    static void read(const std::string& moovBody) {
-        const test::TemporaryFile file(atom("moov", moovBody));
-        ASSERT_EQ(iAnalizeM4aFile(file.path()), 0);
-    }
-
-    static std::string textAt(void* field, std::size_t bytes) {
-        const auto found = recordFrom(field).first(bytes);
-        return {found.begin(), found.end()};
-    }
-};
-
-// Words with these values.
-std::string words(std::uint32_t first, std::uint32_t count) {
-    std::string bytes;
-    for (std::uint32_t i = 0; i < count; ++i) bytes += word(first + i);
-    return bytes;
-}
+using test::words;
 
 TEST_F(M4aRecordTest, FieldsComeFromTheirPlaces) {
     std::string body(100, '\0');

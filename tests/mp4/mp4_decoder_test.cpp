@@ -2,17 +2,12 @@
 #include <limits>
 #include <thread>
 
-#include "mp4/audio_toolbox_mp4_decoder.h"
-#include "platform/app_kit.h"
 #include "tests/support/atom_builder.h"
-#include "tests/support/scripted_test.h"
-#include "tests/support/temporary_file.h"
+#include "tests/support/mp4_decoder_test.h"
 
 namespace atdp {
 namespace {
 
-using scripted::Lines;
-using scripted::platform;
 using test::atom;
 using test::item;
 using test::movie;
@@ -21,59 +16,14 @@ using test::trackItem;
 const std::string kItems = item("\251nam", 1, "Song") + item("\251ART", 2, "Band") +
                            item("\251alb", 1, "Album") + trackItem(7);
 
-class Mp4DecoderTest : public scripted::ScriptedTest {
- protected:
-    Mp4DecoderTest() {
-        platform().format = {44100, kAudioFormatAppleLossless, 1, 0, 4096, 0, 2, 0, 0};
-        NSAppKitVersionNumber = 1137;
-    }
-
-    static void setInformation() {
-        platform().information = scripted::Value{
-            std::nullopt, {{"title", {"title"}}, {"album", {"album"}}, {"track number", {"3/12"}}}};
-    }
-
-    static std::unique_ptr<SeekableFileDecoder> openDecoder(const test::TemporaryFile& file) {
-        auto decoder = AudioToolboxMP4Decoder::decoderClass().make();
-        EXPECT_EQ(decoder->openByPath(file.path(), nullptr), DECODER_RESULT_OK);
-        platform().calls.clear();
-        return decoder;
-    }
-
-    // The entries of the list but the three that tell of the format.
-    static Lines tags(SeekableFileDecoder& decoder) {
-        Lines lines;
-        const auto list = decoder.getMetaData();
-        EXPECT_EQ(list->at(0).value, MetadataValue(44100.0F));
-        EXPECT_EQ(list->at(1).value, MetadataValue(std::int64_t{2}));
-        EXPECT_EQ(list->at(2).value, MetadataValue(std::int64_t{0}));
-        for (auto entry = list->begin() + 3; entry != list->end(); ++entry) {
-            const auto* text = std::get_if<std::string>(&entry->value);
-            const auto* number = std::get_if<std::int64_t>(&entry->value);
-            const auto* unsignedNumber = std::get_if<std::uint64_t>(&entry->value);
-            lines.push_back(entry->key + ' ' +
-                            (text             ? *text
-                             : number         ? std::to_string(*number)
-                             : unsignedNumber ? std::to_string(*unsignedNumber) + 'u'
-                                              : "?"));
-        }
-        return lines;
-    }
-
-    static Lines tagsOf(const std::string& bytes) {
-        const test::TemporaryFile file(bytes);
-        return tags(*openDecoder(file));
-    }
-};
-
 TEST_F(Mp4DecoderTest, OlderReleaseAddsASecondAlbumAndASecondTrack) {
     setInformation();
     const test::TemporaryFile file(movie("alac", kItems));
     const auto decoder = openDecoder(file);
-    Lines expected{"Title title",   "Album album", "Track 3", "Artist Band 2415919360",
-                   "Album Album 5", "Track 7u"};
+    Lines expected{"Title=\"title\"",   "Album=\"album\"", "Track=3", "Artist=\"Band 2415919360\"",
+                   "Album=\"Album 5\"", "Track=7u"};
     EXPECT_EQ(tags(*decoder), expected);
-    expected = {"Title title", "Album album", "Track 3"};
+    expected = {"Title=\"title\"", "Album=\"album\"", "Track=3"};
     for (const double release : {1138.0, 2000.0, std::numeric_limits<double>::quiet_NaN()}) {
         NSAppKitVersionNumber = release;
         EXPECT_EQ(tags(*decoder), expected);
@@ -85,7 +35,7 @@ TEST_F(Mp4DecoderTest, OlderReleaseAddsASecondAlbumAndASecondTrack) {
 TEST_F(Mp4DecoderTest, WithoutThePlatformsThereIsNoAlbumAndNoTrack) {
     const test::TemporaryFile file(movie("alac", kItems));
     const auto decoder = openDecoder(file);
-    EXPECT_EQ(tags(*decoder), (Lines{"Title Song", "Artist Band 2415919360"}));
+    EXPECT_EQ(tags(*decoder), (Lines{"Title=\"Song\"", "Artist=\"Band 2415919360\""}));
     EXPECT_EQ(platform().calls,
               (Lines{"AudioFileGetProperty info file 1 8", "stringWithBytes Song 4",
                      "stringWithBytes Band 2415919360", "stringWithBytes Album 5"}));
@@ -97,7 +47,7 @@ TEST_F(Mp4DecoderTest, AlbumIsInTheEncodingOfTheTrackNumber) {
     setInformation();
     const test::TemporaryFile file(movie("alac", item("\251alb", 1, "Album") + trackItem(7, 2)));
     const auto decoder = openDecoder(file);
-    EXPECT_EQ(tags(*decoder).at(3), "Album Album 2415919360");
+    EXPECT_EQ(tags(*decoder).at(3), "Album=\"Album 2415919360\"");
 }
 
 TEST_F(Mp4DecoderTest, OddTags) {
@@ -109,18 +59,18 @@ TEST_F(Mp4DecoderTest, OddTags) {
         {"none", "", {}},
         {"artist without data", atom("\251ART"), {}},
         {"artist of 7 bytes", atom("\251ART", atom("data", "1234567")), {}},
-        {"artist empty", item("\251ART", 1, ""), {"Artist "}},
+        {"artist empty", item("\251ART", 1, ""), {"Artist=\"\""}},
         {"album without data", atom("\251alb"), {}},
-        {"album without track", item("\251alb", 1, "Album"), {"Album Album 5"}},
-        {"track without data", atom("trkn"), {"Track 0u"}},
-        {"track of two bytes", trackItem(0xFFFE), {"Track 65534u"}},
+        {"album without track", item("\251alb", 1, "Album"), {"Album=\"Album 5\""}},
+        {"track without data", atom("trkn"), {"Track=0u"}},
+        {"track of two bytes", trackItem(0xFFFE), {"Track=65534u"}},
         {"writer over the album's length",
          item("\251wrt", 1, std::string(252, '\xFF') + test::word(13)) + atom("\251alb"),
          {}},
     };
     setInformation();
     for (const auto& row : rows) {
-        Lines expected{"Title title", "Album album", "Track 3"};
+        Lines expected{"Title=\"title\"", "Album=\"album\"", "Track=3"};
         expected.insert(expected.end(), row.tags.begin(), row.tags.end());
         EXPECT_EQ(tagsOf(movie("alac", row.items)), expected) << row.name;
         platform().failures.clear();
@@ -133,7 +83,8 @@ TEST_F(Mp4DecoderTest, TextThatIsToBeLongerThanTheRecordEndsWithIt) {
     const std::string overLength = std::string(248, 'x') + test::word(1) + test::word(0x7FFFFFFF);
     const Lines found = tagsOf(movie("alac", item("\251nam", 1, overLength)));
     ASSERT_EQ(found.size(), 2U);
-    EXPECT_EQ(found[1].size(), 7 + (2'362'132U - 808 - 16) + 2);
+    EXPECT_EQ(found[1].size(),
+              std::string_view("Artist=\"\"").size() + (2'362'132U - 808 - 16) + 2);
 }
 
 TEST_F(Mp4DecoderTest, OtherFilesGetNothingFromTheirAtoms) {
@@ -149,7 +100,7 @@ TEST_F(Mp4DecoderTest, DecodersOnTwoThreadsKeepTheirTagsApart) {
     const test::TemporaryFile first(movie("alac", item("\251nam", 1, "first")));
     const test::TemporaryFile second(movie("alac", item("\251nam", 1, "second")));
     const auto readOften = [](SeekableFileDecoder& decoder, const std::string& title) {
-        for (int i = 0; i < 50; ++i) EXPECT_EQ(tags(decoder), Lines{"Title " + title});
+        for (int i = 0; i < 50; ++i) EXPECT_EQ(tags(decoder), Lines{"Title=\"" + title + '"'});
     };
     const auto one = openDecoder(first);
     const auto other = openDecoder(second);

@@ -13,6 +13,13 @@ inline std::string word(std::uint32_t value) {
     return bigEndian(value);
 }
 
+// As many words, each one more than the last.
+inline std::string words(std::uint32_t first, std::uint32_t count) {
+    std::string bytes;
+    for (std::uint32_t i = 0; i < count; ++i) bytes += word(first + i);
+    return bytes;
+}
+
 // An atom that says that it has that size, whatever it has.
 inline std::string atomOfSize(std::uint32_t size, std::string_view type, const std::string& body) {
     return word(size) + std::string(type) + body;

@@ -28,6 +28,14 @@ inline std::string riffChunk(std::string_view identifier, const std::string& bod
     if (body.size() % 2 != 0) chunk += '\0';
     return chunk;
 }
+// Its header alone, whatever follows.
+inline std::string riffHeader(const char* code, std::uint32_t dataBytes) {
+    return code + littleEndian(dataBytes);
+}
+// A list of an artist and a title.
+inline std::string infoList(const std::string& title, const std::string& artist) {
+    return "INFO" + riffChunk("IART", artist) + riffChunk("INAM", title);
+}
 inline std::string iffChunk(std::string_view identifier, const std::string& body) {
     std::string chunk(identifier);
     chunk += bigEndian(static_cast<std::uint32_t>(body.size())) + body;
