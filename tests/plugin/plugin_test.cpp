@@ -1,4 +1,6 @@
 // The choice of decoder class, over the scripted platform.
+#include <tuple>
+
 #include "decoder/audio_toolbox_wav_decoder.h"
 #include "mp3/audio_toolbox_mp3_decoder.h"
 #include "mp4/audio_toolbox_mp4_decoder.h"
@@ -21,41 +23,33 @@ class PluginTest : public scripted::ScriptedTest {
     }
 };
 
-TEST_F(PluginTest, LinearPcmIsServedByTheWavDecoder) {
+TEST_F(PluginTest, EachEncodingIsServedByItsDecoder) {
+    const DecoderClass& wav = AudioToolboxWavDecoder::decoderClass();
+    const DecoderClass& mp3 = AudioToolboxMP3Decoder::decoderClass();
+    const DecoderClass& mp4 = AudioToolboxMP4Decoder::decoderClass();
+    for (const auto& [code, decoderClass, name] :
+         {std::tuple{fourCharCode("lpcm"), &wav, "AudioToolboxWavDecoder"},
+          {fourCharCode(".mp1"), &mp3, "AudioToolboxMP3Decoder"},
+          {fourCharCode(".mp2"), &mp3, "AudioToolboxMP3Decoder"},
+          {fourCharCode(".mp3"), &mp3, "AudioToolboxMP3Decoder"},
+          {fourCharCode("alac"), &mp4, "AudioToolboxMP4Decoder"}}) {
+        platform().format.mFormatID = code;
+        ASSERT_EQ(findClass(), decoderClass) << code;
+        EXPECT_STREQ(decoderClass->name, name);
+        EXPECT_EQ(decoderClass->getScoreByPath("/no/such/file"), 100U);
+    }
+    EXPECT_NE(dynamic_cast<AudioToolboxWavDecoder*>(wav.make().get()), nullptr);
+    EXPECT_NE(dynamic_cast<AudioToolboxMP3Decoder*>(mp3.make().get()), nullptr);
+    EXPECT_NE(dynamic_cast<AudioToolboxMP4Decoder*>(mp4.make().get()), nullptr);
+}
+
+TEST_F(PluginTest, TheFileIsAskedForItsFormatOnly) {
     platform().returnedSize["ExtAudioFileGetProperty ffmt"] = 4;  // not looked at
-    const DecoderClass* found = findClass();
-    ASSERT_EQ(found, &AudioToolboxWavDecoder::decoderClass());
-    EXPECT_STREQ(found->name, "AudioToolboxWavDecoder");
-    EXPECT_EQ(found->getScoreByPath("/no/such/file"), 100U);
-    const auto decoder = found->make();
-    EXPECT_NE(dynamic_cast<AudioToolboxWavDecoder*>(decoder.get()), nullptr);
+    EXPECT_NE(findClass(), nullptr);
     EXPECT_EQ(platform().calls,
               (Lines{"CFURLCreateFromFileSystemRepresentation /music/song.mp3 0",
                      "ExtAudioFileOpenURL url 1", "ExtAudioFileGetProperty ffmt reader 1 40",
                      "ExtAudioFileDispose reader 1", "CFRelease url 1"}));
-}
-
-TEST_F(PluginTest, MpegAudioIsServedByTheMp3Decoder) {
-    for (const std::uint32_t code :
-         {fourCharCode(".mp1"), fourCharCode(".mp2"), fourCharCode(".mp3")}) {
-        platform().format.mFormatID = code;
-        const DecoderClass* found = findClass();
-        ASSERT_EQ(found, &AudioToolboxMP3Decoder::decoderClass()) << code;
-        EXPECT_STREQ(found->name, "AudioToolboxMP3Decoder");
-        EXPECT_EQ(found->getScoreByPath("/no/such/file"), 100U);
-        const auto decoder = found->make();
-        EXPECT_NE(dynamic_cast<AudioToolboxMP3Decoder*>(decoder.get()), nullptr);
-    }
-}
-
-TEST_F(PluginTest, AppleLosslessIsServedByTheMp4Decoder) {
-    platform().format.mFormatID = fourCharCode("alac");
-    const DecoderClass* found = findClass();
-    ASSERT_EQ(found, &AudioToolboxMP4Decoder::decoderClass());
-    EXPECT_STREQ(found->name, "AudioToolboxMP4Decoder");
-    EXPECT_EQ(found->getScoreByPath("/no/such/file"), 100U);
-    const auto decoder = found->make();
-    EXPECT_NE(dynamic_cast<AudioToolboxMP4Decoder*>(decoder.get()), nullptr);
 }
 
 TEST_F(PluginTest, OtherEncodingsHaveNoDecoderAndAreNotLogged) {
@@ -67,14 +61,8 @@ TEST_F(PluginTest, OtherEncodingsHaveNoDecoderAndAreNotLogged) {
     EXPECT_EQ(platform().log, Lines{});
 }
 
-struct ProbeFailure {
-    const char* call;
-    OSStatus status;
-    Lines log;
-};
-
 TEST_F(PluginTest, FailuresGiveNoClassAndReleaseEverything) {
-    const ProbeFailure failures[] = {
+    const std::tuple<const char*, OSStatus, Lines> failures[] = {
         {"CFURLCreateFromFileSystemRepresentation",
          -1,
          {"CFURLCreateFromFileSystemRepresentation failed."}},
@@ -84,13 +72,12 @@ TEST_F(PluginTest, FailuresGiveNoClassAndReleaseEverything) {
          {"ExtAudioFileGetProperty (kExtAudioFileProperty_FileDataFormat) failed."
           "(0xFFFFFFFFFFFFFFCE)"}},
     };
-    for (const ProbeFailure& failure : failures) {
-        scripted::resetPlatform();
-        platform().failures[failure.call] = {failure.status};
+    for (const auto& [call, status, log] : failures) {
+        SCOPED_TRACE(call);
+        startCase();
+        platform().failures[call] = {status};
         EXPECT_EQ(findClass(), nullptr);
-        EXPECT_EQ(platform().log, failure.log);
-        EXPECT_EQ(platform().live(), Lines{}) << failure.call;
-        EXPECT_EQ(platform().faults, Lines{}) << failure.call;
+        EXPECT_EQ(platform().log, log);
     }
 }
 
