@@ -5,15 +5,10 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <bit>
 #include <cmath>
 #include <cstring>
-#include <fstream>
-#include <iterator>
-#include <random>
 
-#include "tests/support/alac_encoder.h"
-#include "tests/support/byte_builder.h"
+#include "tests/support/alac_sounds.h"
 
 namespace atdp::test {
 namespace {
@@ -24,135 +19,33 @@ using services::AlacKernels;
 using services::Bytes;
 using services::parseAlacConfig;
 
-Bytes bytesOf(const std::string& bytes) {
-    return std::as_bytes(std::span(bytes.data(), bytes.size()));
-}
-
-// 32 bits at a time.
-class Random {
- public:
-    using result_type = std::uint32_t;
-    explicit Random(std::uint32_t seed) : engine_(seed) {}
-    static constexpr result_type min() { return 0; }
-    static constexpr result_type max() { return 0xFFFFFFFF; }
-    result_type operator()() { return static_cast<result_type>(engine_()); }
-
- private:
-    std::mt19937 engine_;
-};
-
-// The files that tests/data/make describes.
-struct PacketFile {
-    std::uint32_t crc = 0;
-    std::uint32_t frames = 0;
-    std::string cookie;
-    std::vector<std::string> packets;
-};
-
-PacketFile readPacketFile(const std::string& name) {
-    std::ifstream stream(std::string(ATDP_TEST_DATA) + "/" + name + ".packets", std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(stream),
-                            std::istreambuf_iterator<char>()};
-    services::ByteCursor cursor(bytesOf(bytes));
-    PacketFile file{cursor.bigEndian<std::uint32_t>(), cursor.bigEndian<std::uint32_t>(), {}, {}};
-    while (cursor.remainingBytes() > 0) {
-        const Bytes part = cursor.take(cursor.bigEndian<std::uint32_t>());
-        file.packets.emplace_back(reinterpret_cast<const char*>(part.data()), part.size());
-    }
-    if (file.packets.empty()) return file;  // and the cookie is refused
-    file.cookie = file.packets.front();
-    file.packets.erase(file.packets.begin());
-    return file;
-}
-
-std::vector<const AlacKernels*> allKernels() {
-    std::vector<const AlacKernels*> kernels = {&services::plainAlacKernels()};
-    if (const auto* avx2 = services::avx2AlacKernels()) kernels.push_back(avx2);
-    return kernels;
-}
-
-class AlacFile : public testing::TestWithParam<const char*> {};
-
-TEST_P(AlacFile, ComesOutAsItWentIn) {
-    const PacketFile file = readPacketFile(GetParam());
-    const auto config = parseAlacConfig(bytesOf(file.cookie));
-    ASSERT_TRUE(config);
-    for (const AlacKernels* kernels : allKernels()) {
-        AlacDecoder decoder(*config, *kernels);
-        std::vector<float> samples(config->frameLength * config->channels);
-        std::uint32_t frames = 0;
-        uLong crc = crc32(0, nullptr, 0);
-        for (const std::string& packet : file.packets) {
-            const std::uint32_t got = decoder.decode(bytesOf(packet), samples.data());
-            ASSERT_GT(got, 0U);
-            frames += got;
-            for (std::size_t i = 0; i < std::size_t{got} * config->channels; ++i) {
-                const auto value = static_cast<std::int32_t>(std::lround(samples[i] * 0x1p31));
-                crc = crc32(crc, reinterpret_cast<const Bytef*>(&value), sizeof value);
+TEST(AlacFiles, ComeOutAsTheyWentIn) {
+    for (const char* name :
+         {"alac-16-1", "alac-16-2", "alac-16-3", "alac-16-4", "alac-16-5", "alac-16-6", "alac-16-7",
+          "alac-16-8", "alac-24-1", "alac-24-2", "alac-24-6", "alac-silence", "alac-noise",
+          "alac-sine", "alac-one-frame-last"}) {
+        SCOPED_TRACE(name);
+        const PacketFile file = readPacketFile(name);
+        const auto config = parseAlacConfig(bytesOf(file.cookie));
+        ASSERT_TRUE(config);
+        for (const AlacKernels* kernels : allKernels()) {
+            AlacDecoder decoder(*config, *kernels);
+            std::vector<float> samples(config->frameLength * config->channels);
+            std::uint32_t frames = 0;
+            uLong crc = crc32(0, nullptr, 0);
+            for (const std::string& packet : file.packets) {
+                const std::uint32_t got = decoder.decode(bytesOf(packet), samples.data());
+                ASSERT_GT(got, 0U);
+                frames += got;
+                for (std::size_t i = 0; i < std::size_t{got} * config->channels; ++i) {
+                    const auto value = static_cast<std::int32_t>(std::lround(samples[i] * 0x1p31));
+                    crc = crc32(crc, reinterpret_cast<const Bytef*>(&value), sizeof value);
+                }
             }
+            EXPECT_EQ(frames, file.frames);
+            EXPECT_EQ(crc, file.crc);
         }
-        EXPECT_EQ(frames, file.frames);
-        EXPECT_EQ(crc, file.crc);
     }
-}
-
-INSTANTIATE_TEST_SUITE_P(Files, AlacFile,
-                         testing::Values("alac-16-1", "alac-16-2", "alac-16-3", "alac-16-4",
-                                         "alac-16-5", "alac-16-6", "alac-16-7", "alac-16-8",
-                                         "alac-24-1", "alac-24-2", "alac-24-6", "alac-silence",
-                                         "alac-noise", "alac-sine", "alac-one-frame-last"),
-                         [](const auto& parameter) {
-                             std::string name = parameter.param;
-                             std::erase(name, '-');
-                             return name;
-                         });
-
-AlacConfig makeConfig(std::uint32_t bitDepth, std::uint32_t channels) {
-    AlacConfig config;
-    config.frameLength = 512;
-    config.bitDepth = bitDepth;
-    config.meanFactor = 40;
-    config.initialMean = 10;
-    config.maxCodeBits = 14;
-    config.channels = channels;
-    config.sampleRate = 44100;
-    return config;
-}
-
-// A tone with noise, and silence in the middle.
-std::vector<std::int32_t> makeSound(Random& random, std::uint32_t bitDepth, std::size_t frames) {
-    const double full = std::ldexp(0.9, static_cast<int>(bitDepth) - 1);
-    const double noise = std::ldexp(1.0, -static_cast<int>(random() % 14));
-    const double turn = 0.001 * (random() % 500);
-    std::uniform_real_distribution<double> unit(-1, 1);
-    std::vector<std::int32_t> values(frames);
-    for (std::size_t i = 0; i < frames; ++i) {
-        const bool isSilent = i > frames / 2 && i < frames * 3 / 4;
-        const double tone = (1 - noise) * std::sin(turn * static_cast<double>(i));
-        if (!isSilent) values[i] = static_cast<std::int32_t>(full * (tone + noise * unit(random)));
-    }
-    return values;
-}
-
-AlacElement makeElement(Random& random, const AlacConfig& config) {
-    AlacElement element;
-    element.tag = config.channels == 2 ? 1 : 0;
-    element.hasFrames = random() % 2 != 0;
-    const std::size_t frames = element.hasFrames ? 1 + random() % 511 : 512;
-    for (std::uint32_t c = 0; c < config.channels; ++c)
-        element.channels.push_back(makeSound(random, config.bitDepth, frames));
-    element.isPlain = random() % 16 == 0;
-    if (config.bitDepth >= 24) element.lowBytes = random() % 3;
-    if (config.bitDepth == 32 && config.channels == 2) element.lowBytes = 1 + random() % 2;
-    element.mixShift = 1 + random() % 3;
-    element.mixWeight = static_cast<int>(random() % ((1U << element.mixShift) + 2)) - 1;
-    element.mode = random() % 4 == 0 ? 15 : 0;
-    element.shift = random() % 16;
-    element.meanFactor = random() % 8;
-    element.taps.resize(random() % 32);
-    for (std::size_t k = 0; k < element.taps.size(); ++k)
-        element.taps[k] = static_cast<std::int16_t>(random() % (2U << element.shift) >> k / 2);
-    return element;
 }
 
 TEST(AlacDecoder, DecodesEveryKindOfPacket) {
@@ -261,15 +154,6 @@ TEST(AlacKernels, GiveTheSame) {
         kernels.back()->predict(fast.data(), frames, 2, others, bits);
         ASSERT_EQ(plain, fast) << "round " << round;
     }
-}
-
-std::string cookieOf(std::uint32_t frameLength, int version, int depth, int codeBits,
-                     int channels) {
-    std::string cookie = bigEndian(frameLength);
-    for (const int byte : {version, depth, 40, 10, codeBits, channels, 0, 255})
-        cookie += static_cast<char>(byte);
-    return cookie + bigEndian(std::uint32_t{7}) + bigEndian(std::uint32_t{8}) +
-           bigEndian(std::uint32_t{48000});
 }
 
 TEST(AlacConfig, IsReadWithAndWithoutWrapper) {

@@ -4,72 +4,13 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
-#include <random>
-#include <vector>
 
 #include "services/convert/channel_matrix.h"
-#include "services/convert/converting_reader.h"
 #include "services/convert/rate_ratio.h"
-#include "tests/support/aiff_builder.h"
-#include "tests/support/temporary_file.h"
-#include "tests/support/wave_builder.h"
+#include "tests/support/conversion.h"
 
 namespace atdp::test {
 namespace {
-
-using services::ConvertingReader;
-
-// Floats in a WAVE file of one channel.
-WaveBuilder waveOf(const std::vector<float>& samples, std::uint32_t rate) {
-    WaveBuilder builder;
-    builder.tag = 3;
-    builder.bits = 32;
-    builder.channels = 1;
-    builder.rate = rate;
-    builder.data.assign(reinterpret_cast<const char*>(samples.data()),
-                        samples.size() * sizeof(float));
-    return builder;
-}
-
-std::vector<float> noise(std::size_t frames) {
-    std::mt19937 random(1);
-    std::uniform_real_distribution<float> sample(-0.9F, 0.9F);
-    std::vector<float> samples(frames);
-    for (float& value : samples) value = sample(random);
-    return samples;
-}
-
-ConvertingReader readerOf(const TemporaryFile& file) {
-    auto sound = services::SoundFile::open(file.path());
-    EXPECT_TRUE(sound);
-    return ConvertingReader(*sound);
-}
-
-OSStatus deliverAt(ConvertingReader& reader, double rate, std::uint32_t channels) {
-    AudioStreamBasicDescription format{};
-    format.mSampleRate = rate;
-    format.mFormatID = kAudioFormatLinearPCM;
-    format.mFormatFlags = kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked;
-    format.mChannelsPerFrame = channels;
-    format.mBitsPerChannel = 32;
-    return reader.setClientFormat(format);
-}
-
-std::vector<float> read(ConvertingReader& reader, std::uint32_t frames) {
-    const std::uint32_t channels = reader.clientFormat().mChannelsPerFrame;
-    std::vector<float> samples(std::size_t{frames} * channels);
-    EXPECT_TRUE(reader.read(samples.data(), &frames));
-    samples.resize(std::size_t{frames} * channels);
-    return samples;
-}
-
-// To the end, in requests of a size that fits no block in use.
-std::vector<float> readAll(ConvertingReader& reader) {
-    std::vector<float> all;
-    for (auto part = read(reader, 1001); !part.empty(); part = read(reader, 1001))
-        all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
 
 struct Rates {
     std::uint32_t in;
@@ -141,21 +82,6 @@ TEST_P(RateConversion, KeepsTimeAndLevel) {
         worst =
             std::max(worst, std::fabs(converted[i] - sineAt(static_cast<double>(i) / rates.out)));
     EXPECT_LT(worst, 2e-7);
-}
-
-TEST(RateConversion, PutsTheFirstImpulseAtItsTime) {
-    std::vector<float> samples(5000);
-    samples[0] = samples[147 * 20] = 0.5F;
-    const TemporaryFile file(waveOf(samples, 44100).bytes());
-    auto reader = readerOf(file);
-    ASSERT_EQ(deliverAt(reader, 48000, 1), noErr);
-    const auto converted = readAll(reader);
-    for (const std::size_t i : {0U, 160U * 20U}) {
-        EXPECT_GT(converted[i], 0.44F);
-        EXPECT_LT(std::fabs(converted[i + 1]), converted[i] / 2);
-    }
-    EXPECT_EQ(std::max_element(converted.begin() + 1600, converted.end()) - converted.begin(),
-              160 * 20);
 }
 
 TEST(RateConversion, RefusesWhatIsOutOfRangeAndPlaysOn) {

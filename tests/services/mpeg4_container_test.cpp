@@ -4,8 +4,7 @@
 #include <cstdlib>
 
 #include "services/containers/mpeg4_packets.h"
-#include "services/containers/recognition.h"
-#include "tests/support/memory_source.h"
+#include "tests/support/described_sound.h"
 #include "tests/support/mpeg4_builder.h"
 #include "tests/support/mpeg_builder.h"
 
@@ -14,12 +13,6 @@ namespace {
 
 using services::Failure;
 using services::LosslessTrack;
-using services::SoundDescription;
-
-services::Result<SoundDescription> describe(const std::string& file) {
-    MemorySource source(file);
-    return services::describeSound(source);
-}
 
 services::Result<LosslessTrack> lossless(const std::string& file) {
     MemorySource source(file);
@@ -41,12 +34,6 @@ std::string summary(const std::string& file) {
 }
 
 constexpr const char* kUsual = "a100 b50 c30 : 0, 9192";
-
-std::string replaced(std::string Mpeg4Builder::*part, const std::string& value) {
-    Mpeg4Builder file;
-    file.*part = value;
-    return file.bytes();
-}
 
 TEST(Mpeg4Container, DescribesLosslessSoundByItsConfiguration) {
     for (const int bits : {16, 20, 24, 32}) {
@@ -126,17 +113,6 @@ TEST(Mpeg4Container, ReadsEveryVersionOfTheSampleDescription) {
     for (const std::string& description : cases)
         EXPECT_EQ(summary(replaced(&Mpeg4Builder::description, description)), kUsual)
             << &description - cases;
-}
-
-std::string editList(unsigned version,
-                     std::initializer_list<std::pair<std::uint64_t, std::int64_t>> edits) {
-    std::string body = big32(edits.size());
-    for (const auto& [length, start] : edits) {
-        const auto time = static_cast<std::uint64_t>(start);
-        body += (version == 1 ? big64(length) + big64(time) : big32(length) + big32(time)) +
-                big32(0x10000);
-    }
-    return atom("edts", fullAtom("elst", body, version));
 }
 
 TEST(Mpeg4Container, CountsTheFramesByTablesHeadersAndEdits) {
@@ -247,10 +223,6 @@ TEST(Mpeg4Container, TellsTheKindByItsBrands) {
 }
 
 TEST(Mpeg4Container, RefusesWhatItCannotUse) {
-    const auto refusal = [](const std::string& file) {
-        const auto sound = describe(file);
-        return sound ? Failure::kNotFound : sound.failure();
-    };
     const Mpeg4Builder usual;
     const auto entry = [&](const std::string& config) {
         return replaced(&Mpeg4Builder::description, sampleDescription(losslessEntry(config)));

@@ -1,6 +1,8 @@
 // The bytes of ID3v2, ID3v1 and APE tags.
 #pragma once
 
+#include <zlib.h>
+
 #include <cstdint>
 #include <string>
 
@@ -38,6 +40,15 @@ inline std::string utf16Little(const std::string& text) {
     return bytes;
 }
 
+// As zlib packs it.
+inline std::string compressed(const std::string& plain) {
+    uLongf size = compressBound(plain.size());
+    std::string bytes(size, '\0');
+    compress(reinterpret_cast<Bytef*>(bytes.data()), &size,
+             reinterpret_cast<const Bytef*>(plain.data()), plain.size());
+    return bytes.substr(0, size);
+}
+
 // A frame of the version; `flags` are the format flags.
 inline std::string id3Frame(int version, const std::string& identifier, const std::string& content,
                             int flags = 0) {
@@ -45,6 +56,11 @@ inline std::string id3Frame(int version, const std::string& identifier, const st
     if (version == 2) return identifier + bigEndian(size).substr(1) + content;
     return identifier + (version == 4 ? synchsafe(size) : bigEndian(size)) + '\0' +
            static_cast<char>(flags) + content;
+}
+
+// A comment of version 2.3.
+inline std::string comment(const std::string& description, const std::string& text) {
+    return id3Frame(3, "COMM", raw("\0eng") + description + '\0' + text);
 }
 
 inline std::string id3Tag(int version, const std::string& body, int flags = 0) {

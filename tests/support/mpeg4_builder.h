@@ -77,6 +77,27 @@ inline std::string header(std::string_view type, std::uint64_t scale, std::uint6
     return fullAtom(type, zeros(8) + big32(scale) + big32(duration) + zeros(8));
 }
 
+// The part of a movie that is played: lengths and starts of the edits.
+inline std::string editList(unsigned version,
+                            std::initializer_list<std::pair<std::uint64_t, std::int64_t>> edits) {
+    std::string body = big32(edits.size());
+    for (const auto& [length, start] : edits) {
+        const auto time = static_cast<std::uint64_t>(start);
+        body += (version == 1 ? big64(length) + big64(time) : big32(length) + big32(time)) +
+                big32(0x10000);
+    }
+    return atom("edts", fullAtom("elst", body, version));
+}
+
+// What the items of a tag list hold: a value of a type, or text.
+inline std::string data(std::uint32_t type, const std::string& value) {
+    return atom("data", big32(type) + zeros(4) + value);
+}
+
+inline std::string text(std::string_view item, const std::string& value) {
+    return atom(item, data(1, value));
+}
+
 // A file whose media data come first: their packets, and the tables about them. Each part can be
 // replaced.
 struct Mpeg4Builder {
@@ -112,5 +133,12 @@ struct Mpeg4Builder {
     }
     std::string bytes() const { return bytes(chunkOffsets()); }
 };
+
+// A usual file, but for that part.
+inline std::string replaced(std::string Mpeg4Builder::*part, const std::string& value) {
+    Mpeg4Builder file;
+    file.*part = value;
+    return file.bytes();
+}
 
 }  // namespace atdp::test

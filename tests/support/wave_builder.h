@@ -20,6 +20,7 @@ struct WaveBuilder {
     std::string data;
     std::string chunksBefore, chunksAfter;  // around the data chunk
     std::optional<std::uint32_t> statedDataBytes, statedFormBytes;
+    const char* form = "RIFF";
 
     std::string formatChunk() const {
         const auto frame =
@@ -43,8 +44,21 @@ struct WaveBuilder {
     std::string bytes() const {
         const std::string body = "WAVE" + formatChunk() + chunksBefore + dataChunk() + chunksAfter;
         const auto size = statedFormBytes.value_or(static_cast<std::uint32_t>(body.size()));
-        return "RIFF" + littleEndian(size) + body;
+        return form + littleEndian(size) + body;
     }
 };
+
+// A file whose sizes do not fit 32 bits, or could not: they stand in a chunk of their own.
+inline std::string largeWave(const char* form, const std::string& data, std::uint64_t dataBytes,
+                             std::uint64_t formBytes) {
+    const std::string sizes = riffChunk(
+        "ds64", littleEndian(formBytes) + littleEndian(dataBytes) + std::string(12, '\0'));
+    std::string bytes = WaveBuilder{.data = data,
+                                    .statedDataBytes = 0xFFFFFFFF,
+                                    .statedFormBytes = 0xFFFFFFFF,
+                                    .form = form}
+                            .bytes();
+    return bytes.insert(12, sizes);
+}
 
 }  // namespace atdp::test
