@@ -1,5 +1,7 @@
 """Runs the programs under test, and those that make files for them."""
 
+import array
+import json
 import os
 import pathlib
 import shutil
@@ -29,6 +31,13 @@ def ffmpeg_samples(path):
     return run("ffmpeg", "-v", "error", "-i", path, "-f", "f32le", "-")
 
 
+def floats(raw):
+    """Interleaved little-endian floats."""
+    samples = array.array("f")
+    samples.frombytes(raw)
+    return samples
+
+
 class InFolder(unittest.TestCase):
     """A test with a folder of its own."""
 
@@ -43,6 +52,20 @@ class InFolder(unittest.TestCase):
         # -R: the same noise each time
         run("sox", "-R", "-n", "-r", rate, "-c", channels, *sound, path, "synth", seconds, "pinknoise")
         return path
+
+    def raw(self, path, *arguments):
+        """The file's samples, of which nothing is to be told."""
+        result = atdp("decode", path, "--raw", "-o", "-", *arguments)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        return result.stdout
+
+    def info(self, path, *arguments):
+        return json.loads(atdp("info", "--json", path, *arguments).stdout)[0]
+
+    def metadata(self, path, *arguments):
+        """The file's tags as (key, value) in their order."""
+        entries = self.info(path, *arguments)["metadata"]
+        return [(key, value) for entry in entries for key, value in entry.items()]
 
     def assert_fails(self, result, *words):
         """One line on standard error that says why, nothing on standard output, exit code 1."""

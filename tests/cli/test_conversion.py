@@ -1,16 +1,9 @@
 """Other rates and channel counts than a file has: asked for, or for the sound device's sake."""
 
-import array
 import math
 import struct
 
-from commands import InFolder, atdp, ffmpeg_samples, run
-
-
-def floats(raw):
-    samples = array.array("f")
-    samples.frombytes(raw)
-    return samples
+from commands import InFolder, atdp, floats, run
 
 
 def rounded(number):
@@ -18,11 +11,6 @@ def rounded(number):
 
 
 class Conversion(InFolder):
-    def raw(self, path, *arguments):
-        result = atdp("decode", path, "--raw", "-o", "-", *arguments)
-        self.assertEqual((result.returncode, result.stderr), (0, b""))
-        return result.stdout
-
     def encode(self, source, *options, name="encoded.mp3"):
         path = self.folder / name
         run("lame", "--quiet", "-b", 192, *options, source, path)
@@ -145,6 +133,12 @@ class Play(Conversion):
                 result, captured = self.play(device, *files, *asked)
                 self.assertEqual((result.returncode, result.stdout, result.stderr), (0, b"", b""))
                 self.assertEqual(captured, b"".join(self.raw(path, *options) for path in files))
+
+    def test_goes_on_after_a_bad_file(self):
+        good = self.sox("1.wav", seconds=0.1)
+        result, captured = self.play("FILE", self.folder / "missing.wav", good)
+        self.assertEqual((result.returncode, len(result.stderr.splitlines())), (1, 1))
+        self.assertEqual(captured, self.raw(good))
 
     def test_what_nobody_can_deliver_is_refused(self):
         path = self.sox("t.wav", seconds=0.1)

@@ -4,7 +4,7 @@ import json
 import pathlib
 import subprocess
 
-from commands import ATDP, MINIMAL_HOST, MODULE, InFolder, atdp, ffmpeg_samples
+from commands import MINIMAL_HOST, MODULE, InFolder, atdp
 
 
 class Describe(InFolder):
@@ -41,7 +41,7 @@ class Probe(InFolder):
 class Info(InFolder):
     def test_json_has_every_property(self):
         path = self.sox("t.wav", seconds=10)
-        (facts,) = json.loads(atdp("info", "--json", path).stdout)
+        facts = self.info(path)
         self.assertEqual(facts, {
             "path": str(path), "class": "AudioToolboxWavDecoder", "samplingRate": 44100,
             "channels": 2, "bits": 32, "format": "lpcm", "durationNs": 10_000_000_000,
@@ -68,31 +68,6 @@ class Info(InFolder):
         wrong = atdp("info", "--release", "lion", path)
         self.assertEqual((wrong.returncode, wrong.stdout), (2, b""))
         self.assertIn(b"'lion' is not a number", wrong.stderr)
-
-
-class Play(InFolder):
-    def setUp(self):
-        super().setUp()
-        self.captured = self.folder / "captured.raw"
-        config = self.folder / "asound.conf"
-        config.write_text(f'pcm.!default {{ type file; slave.pcm "null"; file "{self.captured}"; '
-                          'format "raw" }\npcm.null { type null }\n')
-        self.environment = {"ALSA_CONFIG_PATH": str(config)}
-
-    def test_plays_from_file_to_file_without_a_gap(self):
-        files = [self.sox("1.wav", seconds=0.33), self.sox("2.aiff", seconds=0.21),
-                 self.sox("3.wav", "-b", "24", seconds=0.1)]
-        result = atdp("play", *files, env=self.environment)
-        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, b"", b""))
-        expected = b"".join(ffmpeg_samples(path) for path in files)
-        self.assertEqual(self.captured.read_bytes(), expected)
-
-    def test_goes_on_after_a_bad_file(self):
-        good = self.sox("1.wav", seconds=0.1)
-        result = atdp("play", self.folder / "missing.wav", good, env=self.environment)
-        self.assertEqual(result.returncode, 1)
-        self.assertEqual(len(result.stderr.splitlines()), 1)
-        self.assertEqual(self.captured.read_bytes(), ffmpeg_samples(good))
 
 
 class Example(InFolder):

@@ -1,7 +1,5 @@
 """Apple Lossless through atdp: bit for bit, sought exactly, with its tags at both releases."""
 
-import json
-
 from commands import InFolder, atdp, ffmpeg_samples, run
 
 
@@ -10,19 +8,10 @@ LAYOUTS = (None, "mono", "stereo", "3.0", "4.0", "5.0", "5.1", "6.1(back)", "7.1
 
 
 class Lossless(InFolder):
-    def raw(self, path, *arguments):
-        result = atdp("decode", path, "--raw", "-o", "-", *arguments)
-        self.assertEqual((result.returncode, result.stderr), (0, b""))
-        return result.stdout
-
     def encode(self, source, *options, name="encoded.m4a"):
         path = self.folder / name
         run("ffmpeg", "-v", "error", "-y", "-i", source, "-c:a", "alac", *options, path)
         return path
-
-    def metadata(self, path, *arguments):
-        (facts,) = json.loads(atdp("info", "--json", path, *arguments).stdout)
-        return [(key, value) for entry in facts["metadata"] for key, value in entry.items()]
 
     def test_equals_the_original_bit_for_bit(self):
         sounds = {  # name: sox's synthesis, bits, rate, channels, length

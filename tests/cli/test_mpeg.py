@@ -1,23 +1,14 @@
 """MPEG audio through atdp: gapless, trimmed, exact, found among other files."""
 
-import array
-import json
 import os
 import pathlib
 import struct
 import wave
 import xml.dom.minidom
 
-from commands import InFolder, atdp, ffmpeg_samples, run
+from commands import InFolder, atdp, ffmpeg_samples, floats, run
 
 DATA = pathlib.Path(__file__).parents[1] / "data"
-
-
-def floats(raw):
-    """Interleaved little-endian floats."""
-    samples = array.array("f")
-    samples.frombytes(raw)
-    return samples
 
 
 def id3_tag(*frames):
@@ -33,14 +24,6 @@ def gapless_comment(priming, remainder, valid):
 
 
 class Mpeg(InFolder):
-    def raw(self, path, *arguments):
-        result = atdp("decode", path, "--raw", "-o", "-", *arguments)
-        self.assertEqual((result.returncode, result.stderr), (0, b""))
-        return result.stdout
-
-    def info(self, path, *arguments):
-        return json.loads(atdp("info", "--json", path, *arguments).stdout)[0]
-
     def source(self, silence=0.0, seconds=3.0):
         """A WAV whose sound no shift of itself resembles, between two silences."""
         path = self.folder / "source.wav"
@@ -153,12 +136,3 @@ class Mpeg(InFolder):
                 variant.write_bytes(bytes_before + content)
                 self.assertEqual(atdp("probe", variant).stdout.decode(),
                                  f"{variant}: AudioToolboxMP3Decoder\n", path)
-
-    def test_tags_of_other_programs(self):
-        path = self.encode(self.source(seconds=1), "--tt", "Été", "--ta", "А", "--tl", "B",
-                           "--tn", "3/12", "--id3v2-utf16")
-        metadata = [(key, value) for entry in self.info(path)["metadata"]
-                    for key, value in entry.items()]
-        self.assertEqual(metadata, [("SrcSampleRate", 44100), ("Channels", 2), ("SrcBits", 0),
-                                    ("Artist", "А"), ("Title", "Été"), ("Album", "B"),
-                                    ("Track", 3)])
