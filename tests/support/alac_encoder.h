@@ -13,7 +13,7 @@
 
 namespace atdp::test {
 
-class BitWriter {
+class AlacBitWriter {
  public:
     void put(std::uint64_t value, unsigned bits) {
         for (unsigned i = bits; i-- > 0;) {
@@ -45,7 +45,7 @@ struct AlacElement {
 };
 
 // A value of n: a prefix of ones, a zero, and the rest.
-inline void putGolomb(BitWriter& out, std::uint32_t n, unsigned bits, std::uint32_t step,
+inline void putGolomb(AlacBitWriter& out, std::uint32_t n, unsigned bits, std::uint32_t step,
                       unsigned escapeBits) {
     const std::uint32_t prefix = step > 0 ? n / step : 9;
     if (prefix >= 9) {
@@ -61,7 +61,7 @@ inline void putGolomb(BitWriter& out, std::uint32_t n, unsigned bits, std::uint3
         out.put(n % step + 1, bits);
 }
 
-inline void putResiduals(BitWriter& out, const std::vector<std::int32_t>& residuals,
+inline void putResiduals(AlacBitWriter& out, const std::vector<std::int32_t>& residuals,
                          const services::AlacConfig& config, unsigned quarters, unsigned width) {
     const std::uint32_t factor = config.meanFactor * quarters / 4;
     std::uint32_t mean = config.initialMean;
@@ -127,13 +127,13 @@ inline std::vector<std::int32_t> residualsOf(const std::vector<std::int32_t>& x,
     return result;
 }
 
-inline void putPlain(BitWriter& out, const AlacElement& element, unsigned bitDepth) {
+inline void putPlain(AlacBitWriter& out, const AlacElement& element, unsigned bitDepth) {
     for (std::size_t i = 0; i < element.channels[0].size(); ++i)
         for (const auto& channel : element.channels)
             out.put(static_cast<std::uint32_t>(channel[i]), bitDepth);
 }
 
-inline void putPredicted(BitWriter& out, const AlacElement& element,
+inline void putPredicted(AlacBitWriter& out, const AlacElement& element,
                          const services::AlacConfig& config) {
     auto channels = element.channels;
     const unsigned lowBits = 8 * element.lowBytes;
@@ -166,7 +166,7 @@ inline void putPredicted(BitWriter& out, const AlacElement& element,
     }
 }
 
-inline void putElement(BitWriter& out, const AlacElement& element,
+inline void putElement(AlacBitWriter& out, const AlacElement& element,
                        const services::AlacConfig& config) {
     out.put(element.tag, 3);
     out.put(0, 4 + 12);
@@ -181,7 +181,7 @@ inline void putElement(BitWriter& out, const AlacElement& element,
 }
 
 inline std::string alacPacket(const AlacElement& element, const services::AlacConfig& config) {
-    BitWriter out;
+    AlacBitWriter out;
     putElement(out, element, config);
     out.put(7, 3);  // the end
     return out.bytes();
