@@ -1,6 +1,7 @@
 // Runs a fuzz target on the files and folders named, once each: a test without a fuzzer.
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,6 +13,10 @@ namespace {
 
 void replay(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        std::fprintf(stderr, "%s cannot be read\n", path.c_str());
+        std::exit(1);
+    }
     const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
 }

@@ -27,8 +27,11 @@ constexpr std::uint64_t kMaxReservoirPackets = 512;
 // Padding included.
 constexpr std::size_t kMaxPacketBytes = kMaxFreeFormatBytes + 4;
 
-// Packets that are remembered as undecodable. A stream with more is damaged beyond listening.
-constexpr std::size_t kMaxUndecodable = 1024;
+// Packets that are remembered as undecodable, and beginnings of stereo after mono that begin from
+// silence, in the life of a decoder: each costs going some packets again, up to several hundred. A
+// stream with more is played as the library does.
+constexpr std::size_t kMaxUndecodable = 64;
+constexpr int kMaxStereoBeginnings = 64;
 
 constexpr std::size_t kGranuleFrames = 576;
 
@@ -103,7 +106,7 @@ bool MpegDecoder::makeSilence() {
     header_ = *header;
     std::copy_n(first->begin(), MpegHeader::kBytes, silence_.begin());
     silence_.resize(header->packetBytes(stream_->freeFormatBytes));
-    return true;
+    return parseMpegHeader(silence_).has_value();  // not so where the file was changed
 }
 
 MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
@@ -137,7 +140,10 @@ bool MpegDecoder::decodeAsKnown(std::uint64_t packet, float* samples) {
         const auto first = firstPacketFor(packet);
         if (!first) return false;
         const bool goesOn = isOpen_ && nextPacket_ >= *first && nextPacket_ <= packet;
-        if (!goesOn && !restart(*first)) return false;
+        if (!goesOn) {
+            soundFrom_ = 0;
+            if (!restart(*first)) return false;
+        }
         while (nextPacket_ < packet)
             if (!decodeNext(unused_.data())) return false;
     }
@@ -195,19 +201,17 @@ bool MpegDecoder::restart(std::uint64_t packet) {
         mpg123_close(handle_.get()) == MPG123_OK && mpg123_open_feed(handle_.get()) == MPG123_OK;
     nextPacket_ = packet;
     nextToFeed_ = packet;
-    soundFrom_ = packet;
     previousChannels_ = 0;
     endsInSound_ = false;
     reservoirBytes_ = 0;
     return isOpen_;
 }
 
-// Restarts so that `packet` is the next, in step, with its bits, and with silence before it.
-bool MpegDecoder::restartWithin(std::uint64_t packet) {
-    const auto start = reservoirStart(packet);
-    if (!start || !restart(*start / kFilterbankPeriodPackets * kFilterbankPeriodPackets))
-        return false;
-    soundFrom_ = packet;
+// Restarts so that `packet` is the next, with silence before the packets that it needs.
+bool MpegDecoder::restartBefore(std::uint64_t packet) {
+    const auto first = firstPacketFor(packet);
+    if (!first || !restart(*first)) return false;
+    soundFrom_ = packet - std::min(packet, kMemoryPackets);
     while (nextPacket_ < packet)
         if (!decodeInStep(unused_.data())) return false;
     return true;
@@ -229,7 +233,8 @@ bool MpegDecoder::feedBytes(Bytes bytes) {
 }
 
 // The packet as the library gets it. It gives up half-way on a packet that it cannot decode, and
-// its filterbank is then out of step for the rest of the run; so it is not given such a packet.
+// its filterbank is then out of step for the rest of the run; so it is not given such a packet, or
+// not again.
 //
 // What is no packet of the stream is replaced by silence. One that the stream cuts short is filled
 // up with zeros. And a layer III packet whose side information is damaged, or whose bits start
@@ -251,6 +256,7 @@ Bytes MpegDecoder::mended(Bytes packet, bool isSilent) {
         if (isSound) reservoirBytes_ = info.reservoirBytes;  // nobody reaches behind this one
     }
     if (!isSound || statedBytes != packet.size()) {
+        packet = packet.first(std::min(packet.size(), mended_.size()));
         std::fill(std::copy(packet.begin(), packet.end(), mended_.begin()), mended_.end(),
                   std::byte{0});
         if (stated.layer == 3 && !isSound) blankSideInfo(stated, mended_, reservoirBytes_);
@@ -280,12 +286,15 @@ void MpegDecoder::rememberUndecodable(std::uint64_t packet) {
 }
 
 // Decodes the next packet. While packets are mono, the library keeps what the second channel played
-// last, however long ago: where stereo begins again, it begins from silence.
+// last, however long ago: where stereo begins again, that channel begins from silence.
 bool MpegDecoder::decodeNext(float* samples) {
     const std::uint32_t channels = channelsOf(nextPacket_);
-    if (previousChannels_ == 1 && channels == 2 && !restartWithin(nextPacket_)) {
-        isOpen_ = false;
-        return false;
+    if (previousChannels_ == 1 && channels == 2 && stereoBeginnings_ < kMaxStereoBeginnings) {
+        ++stereoBeginnings_;
+        if (!restartBefore(nextPacket_)) {
+            isOpen_ = false;
+            return false;
+        }
     }
     if (!decodeInStep(samples)) return false;
     previousChannels_ = channels;

@@ -49,7 +49,7 @@ class MpegDecoder final : public PacketDecoder {
     Result<std::uint64_t> reservoirStart(std::uint64_t packet);
     std::uint32_t channelsOf(std::uint64_t packet);
     bool restart(std::uint64_t packet);
-    bool restartWithin(std::uint64_t packet);
+    bool restartBefore(std::uint64_t packet);
     bool makeSilence();
     bool feed(std::uint64_t packet);
     bool feedBytes(Bytes bytes);
@@ -73,7 +73,8 @@ class MpegDecoder final : public PacketDecoder {
     std::uint64_t nextToFeed_ = 0;            // ahead of nextPacket_ where the library looks ahead
     std::uint64_t soundFrom_ = 0;             // packets before it are handed over as silence
     std::uint32_t previousChannels_ = 0;      // of the packet before nextPacket_; 0: not decoded
-    bool endsInSound_ = false;                // that packet's last frame
+    int stereoBeginnings_ = 0;
+    bool endsInSound_ = false;          // that packet's last frame
     std::uint32_t reservoirBytes_ = 0;  // before nextToFeed_, that a packet may reach back for
     bool isOpen_ = false;
 };

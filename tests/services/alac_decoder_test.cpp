@@ -79,7 +79,7 @@ TEST(AlacDecoder, SkipsDataAndFill) {
     Random random(2);
     const AlacConfig config = makeConfig(16, 1);
     const AlacElement element = makeElement(random, config);
-    BitWriter out;
+    AlacBitWriter out;
     out.put(6, 3);  // fill
     out.put(15, 4);
     out.put(2, 8);  // 15 + 2 - 1 bytes
