@@ -28,7 +28,7 @@ def make_files(folder):
     run("sox", wav, "-b", 24, folder / "sound.aiff")
     run("lame", "--quiet", "-b", 128, wav, folder / "sound.mp3")
     run("twolame", wav, folder / "sound.mp2")
-    run("ffmpeg", "-v", "error", "-i", wav, "-c:a", "alac", folder / "sound.m4a")
+    run("ffmpeg", "-nostdin", "-v", "error", "-i", wav, "-c:a", "alac", folder / "sound.m4a")
     return {"WAV": wav, "AIFF": folder / "sound.aiff", "MP3": folder / "sound.mp3",
             "MP2": folder / "sound.mp2", "Apple Lossless": folder / "sound.m4a"}
 

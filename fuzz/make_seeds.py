@@ -21,13 +21,13 @@ def iff(identifier, body):
     return identifier + struct.pack(">I", len(body)) + body + b"\0" * (len(body) % 2)
 
 
-def wave(tag, channels, bits, extensible=False, extra=b"", form=b"RIFF"):
+def wave(tag, channels, bits, extensible=False, first=b"", extra=b"", form=b"RIFF"):
     frame = (bits + 7) // 8 * channels
     body = struct.pack("<HHIIHH", 0xFFFE if extensible else tag, channels, 44100, 44100 * frame, frame, bits)
     if extensible:
         body += struct.pack("<HHIH", 22, bits, 0x3F, tag) + bytes.fromhex("000000001000800000aa00389b71")
     data = bytes(range(256)) * 12
-    chunks = riff(b"fmt ", body) + extra + riff(b"data", data[: len(data) // frame * frame])
+    chunks = first + riff(b"fmt ", body) + extra + riff(b"data", data[: len(data) // frame * frame])
     return form + struct.pack("<I", 4 + len(chunks)) + b"WAVE" + chunks
 
 
@@ -46,11 +46,15 @@ def pcm_files():
     for tag, bits in ((1, 8), (1, 16), (1, 24), (1, 32), (3, 32), (3, 64), (6, 8)):
         yield f"wave-{tag}-{bits}", wave(tag, 2, bits)
     yield "wave-extensible", wave(1, 6, 24, extensible=True)
-    ds64 = riff(b"ds64", struct.pack("<QQQI", 3000, 2000, 500, 0))
-    yield "rf64", wave(1, 2, 16, extra=ds64, form=b"RF64")
+    ds64 = riff(b"ds64", struct.pack("<QQQI", 3200, 2000, 500, 0))
+    large = bytearray(wave(1, 2, 16, first=ds64, form=b"RF64"))
+    at = large.index(b"data") + 4
+    large[4:8] = large[at : at + 4] = b"\xff\xff\xff\xff"
+    yield "rf64", bytes(large)
     yield "aiff", aiff()
-    for compression in (b"sowt", b"twos", b"raw ", b"in24", b"fl32", b"fl64", b"ulaw"):
-        yield "aifc-" + compression.decode().strip(), aiff(compression, bits={b"fl64": 64}.get(compression, 32))
+    for compression, bits in ((b"sowt", 16), (b"twos", 24), (b"raw ", 8), (b"in24", 24), (b"in32", 32),
+                              (b"fl32", 32), (b"fl64", 64), (b"ulaw", 16)):
+        yield "aifc-" + compression.decode().strip(), aiff(compression, bits=bits)
 
 
 def id3(version, *frames):
@@ -72,7 +76,7 @@ def tags():
 
 
 def mpeg_files():
-    for path in sorted(DATA.glob("layer*.mp?")):
+    for path in sorted(DATA.glob("layer*.mp[23]")):
         yield path.name, path.read_bytes()[:6000]
 
 
@@ -82,8 +86,17 @@ def mpeg4_files():
 
 
 def alac_packets():
+    """The first packet of each file, behind what its cookie says."""
     for path in sorted(DATA.glob("*.packets")):
-        yield path.name, struct.pack("<HBBBBB", 4095, 0, 1, 40, 10, 13) + path.read_bytes()[:3000]
+        content = path.read_bytes()
+        (cookie_bytes,) = struct.unpack_from(">I", content, 8)
+        config = content.index(b"alac", content.index(b"alac") + 4) + 8
+        length, _, depth, mean_factor, mean, code_bits, channels = struct.unpack_from(">IBBBBBB", content, config)
+        at = 12 + cookie_bytes
+        (size,) = struct.unpack_from(">I", content, at)
+        yield path.name, struct.pack(
+            "<HBBBBB", length - 1, (16, 20, 24, 32).index(depth), channels - 1, mean_factor, mean, code_bits - 1
+        ) + content[at + 4 : at + 4 + size]
 
 
 def seeds():
@@ -108,9 +121,11 @@ def seeds():
             yield "riff_info", name, b"\0" + data
             info = b"INFO" + riff(b"INAM", data + b"\0") + riff(b"IART", data)
             yield "riff_info", "list-" + name, b"\x01" + info
-    calls = bytes((0, 0, 8, 0, 4, 1, 0, 1, 0, 0, 9, 136, 19, 4, 47, 8, 0, 2, 5, 1, 6, 9, 0, 16, 7, 0))
-    for name, file in [*pcm_files(), *mpeg_files(), *mpeg4_files()]:
-        yield "plugin", name, bytes((4, len(calls))) + calls + file
+    # Open, read, seek, read, another rate, read, another channel count, ask all, read, close, read,
+    # open: as plugin.cpp takes them.
+    calls = bytes((0, 0, 8, 0, 4, 1, 100, 0, 0, 0, 8, 135, 19, 4, 47, 8, 0, 2, 5, 1, 6, 8, 0, 16, 7, 0, 8, 0, 1, 0, 0))
+    for number, (name, file) in enumerate([*pcm_files(), *mpeg_files(), *mpeg4_files()]):
+        yield "plugin", name, bytes((4 * (number % 2), len(calls))) + calls + file
 
 
 def main():

@@ -71,7 +71,13 @@ class Host {
         std::uint32_t got = count;
         const std::int32_t result = decoder_->getNextSamples(samples.data(), &got);
         fuzz::require(got <= count, "no more samples than asked for");
-        fuzz::require(samples.back() == kUntouched, "nothing is written behind the request");
+        // A remainder that makes no whole frame stays in the count, and is not written.
+        const auto frameSamples = static_cast<std::uint32_t>(std::max(decoder_->getChannels(), 1));
+        fuzz::require(std::all_of(samples.begin() + got, samples.end(),
+                                  [](float sample) { return sample == kUntouched; }),
+                      "nothing is written behind what is counted");
+        fuzz::require(got % frameSamples == 0 || got % frameSamples == count % frameSamples,
+                      "only whole frames are delivered");
         if (!isOpen_) {
             fuzz::require(got == 0 && (result != DECODER_RESULT_OK), "only an open file is read");
             return;
@@ -136,7 +142,7 @@ class Host {
 
 }  // namespace
 
-// A number of calls, the calls, and the file.
+// The class and the release, how many bytes of calls, the calls, and the file.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     fuzz::Input input(bytes, size);
     const auto kind = input.take<std::uint8_t>();
