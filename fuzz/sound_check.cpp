@@ -9,7 +9,7 @@
 #include "fuzz/contract.h"
 #include "fuzz/memory_file.h"
 #include "services/convert/converting_reader.h"
-#include "services/limits.h"
+#include "tests/support/client_format.h"
 
 namespace atdp::fuzz {
 namespace {
@@ -39,13 +39,7 @@ bool isMpeg(std::uint32_t format) {
 }
 
 bool setFormat(ConvertingReader& reader, double rate, std::uint32_t channels) {
-    AudioStreamBasicDescription format{};
-    format.mSampleRate = rate;
-    format.mFormatID = kAudioFormatLinearPCM;
-    format.mFormatFlags = kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked;
-    format.mChannelsPerFrame = channels;
-    format.mBitsPerChannel = 32;
-    return reader.setClientFormat(format) == noErr;
+    return reader.setClientFormat(test::clientFormat(rate, channels)) == noErr;
 }
 
 // Reads once; false at the end and where the file cannot be read.

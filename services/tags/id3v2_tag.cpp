@@ -104,7 +104,8 @@ std::string genreName(const std::string& genre) {
 
 std::string joinedFields(const TagLib::ID3v2::TextIdentificationFrame& frame, bool areGenres) {
     std::string values;
-    const TagLib::StringList fields = frame.fieldList();  // one that is not constant is copied first
+    // A list that is not constant is copied before it is walked.
+    const TagLib::StringList fields = frame.fieldList();
     for (const TagLib::String& field : fields) {
         const std::string value = utf8Of(field);
         values += (areGenres ? genreName(value) : value) + '\0';

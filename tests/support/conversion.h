@@ -9,6 +9,7 @@
 
 #include "services/convert/converting_reader.h"
 #include "services/sound_file.h"
+#include "tests/support/client_format.h"
 #include "tests/support/temporary_file.h"
 #include "tests/support/wave_builder.h"
 
@@ -43,13 +44,7 @@ inline ConvertingReader readerOf(const TemporaryFile& file) {
 }
 
 inline OSStatus deliverAt(ConvertingReader& reader, double rate, std::uint32_t channels) {
-    AudioStreamBasicDescription format{};
-    format.mSampleRate = rate;
-    format.mFormatID = kAudioFormatLinearPCM;
-    format.mFormatFlags = kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked;
-    format.mChannelsPerFrame = channels;
-    format.mBitsPerChannel = 32;
-    return reader.setClientFormat(format);
+    return reader.setClientFormat(clientFormat(rate, channels));
 }
 
 inline std::vector<float> read(ConvertingReader& reader, std::uint32_t frames) {
