@@ -6,9 +6,11 @@
 
 #include "decoder/option_keys.h"
 #include "decoder/time_arithmetic.h"
+#include "fuzz/bytes_read.h"
 #include "fuzz/contract.h"
 #include "fuzz/input.h"
 #include "fuzz/memory_file.h"
+#include "fuzz/metadata_check.h"
 #include "mp3/audio_toolbox_mp3_decoder.h"
 #include "mp4/audio_toolbox_mp4_decoder.h"
 #include "platform/app_kit.h"
@@ -26,11 +28,13 @@ constexpr float kUntouched = 12345.0F;
 // A host that knows at any time what the decoder must answer.
 class Host {
  public:
-    Host(const DecoderClass& decoderClass, std::string path)
-        : decoder_(decoderClass.make()), path_(std::move(path)) {}
+    Host(const DecoderClass& decoderClass, std::string path, std::uint64_t fileBytes)
+        : decoder_(decoderClass.make()), path_(std::move(path)), fileBytes_(fileBytes) {}
 
     void call(fuzz::Input& input) {
-        switch (input.take<std::uint8_t>() % 10) {
+        fuzz::ReadAllowance allowance;
+        allowance.grant(fuzz::kReadsToOpen * fileBytes_);
+        switch (input.take<std::uint8_t>() % 11) {
             case 0:
                 return open(input.take<std::uint8_t>());
             case 1:
@@ -47,6 +51,8 @@ class Host {
                 return askAll();
             case 7:
                 return close(input.take<std::uint8_t>());
+            case 8:
+                return passNull();
             default:
                 return read(input.take<std::uint16_t>() % 5000);
         }
@@ -54,11 +60,11 @@ class Host {
 
  private:
     void open(std::uint8_t threshold) {
-        Options options;
-        if (threshold != 0)
-            options[DECODER_OPTION_KEY_MP3_THREASHOLD_DB] = -static_cast<double>(threshold);
+        const Options options{
+            {DECODER_OPTION_KEY_MP3_THREASHOLD_DB, -static_cast<double>(threshold)}};
         // A file whose first second cannot be read stays open.
-        const bool opened = decoder_->openByPath(path_, &options) != DECODER_RESULT_FAILED;
+        const bool opened = decoder_->openByPath(path_, threshold == 0 ? nullptr : &options) !=
+                            DECODER_RESULT_FAILED;
         fuzz::require(!opened || !wasOpened_, "an open decoder is not opened again");
         if (!opened) return;
         wasOpened_ = isOpen_ = true;
@@ -87,6 +93,18 @@ class Host {
         fuzz::require(decoder_->getTimestamp() ==
                           nanosecondsFromFrames(position_, decoder_->getSamplingRate()),
                       "the time follows from the frames delivered");
+    }
+
+    // A host's null pointers are answered, not followed.
+    void passNull() {
+        std::uint32_t count = 100;
+        const std::int32_t results[] = {decoder_->getNextSamples(nullptr, &count),
+                                        decoder_->getNextSamples(nullptr, nullptr)};
+        for (const std::int32_t result : results)
+            fuzz::require(result == DECODER_RESULT_READ_FAILED, "samples need room");
+        fuzz::require(count == 0, "nothing is delivered to nowhere");
+        decoder_->getDummySamples(nullptr, &count);
+        decoder_->getDummySamples(nullptr, nullptr);
     }
 
     void seek(std::uint64_t nanoseconds) {
@@ -118,6 +136,7 @@ class Host {
     void askAll() {
         const auto metadata = decoder_->getMetaData();
         fuzz::require(isOpen_ || !metadata, "only an open file has metadata");
+        if (metadata) fuzz::checkTexts(*metadata);
         decoder_->getDuration();
         decoder_->getPreferredBufferSize();
         decoder_->getPrimingFrames();
@@ -135,6 +154,7 @@ class Host {
 
     std::unique_ptr<SeekableFileDecoder> decoder_;
     std::string path_;
+    std::uint64_t fileBytes_;
     bool wasOpened_ = false;
     bool isOpen_ = false;
     std::uint64_t position_ = 0;  // in frames delivered, as the interface counts them
@@ -160,7 +180,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                                            &AudioToolboxMP4Decoder::decoderClass()};
     const DecoderClass* chosen = classes[kind % 4];
     if (chosen == nullptr) return 0;
-    Host host(*chosen, file.path());
+    Host host(*chosen, file.path(), input.rest().size() - callBytes);
     for (std::uint8_t i = 0; i < kMostCalls && !order.isEmpty(); ++i) host.call(order);
     return 0;
 }

@@ -2,8 +2,10 @@
 #include <string>
 
 #include "fuzz/audio_file.h"
+#include "fuzz/bytes_read.h"
 #include "fuzz/contract.h"
 #include "fuzz/input.h"
+#include "fuzz/metadata_check.h"
 #include "metadata/id3_tag.h"
 #include "metadata/riff_info.h"
 #include "platform/string_encoding.h"
@@ -28,12 +30,16 @@ std::string waveWith(std::string_view chunk, std::string_view text) {
 
 void readChunk(std::string_view chunk, std::string_view text) {
     const std::string bytes = waveWith(chunk, text);
+    fuzz::ReadAllowance allowance;
+    allowance.grant(fuzz::kReadsOfTags * bytes.size());
     const fuzz::OpenAudioFile file(
         {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
     fuzz::require(file.get() != nullptr, "the file around the text opens");
     MetadataList list;
     checkMetaDataAsWavFile(file.get(), list);
     checkID3v2Tag(file.get(), list);
+    fuzz::checkTexts(list);
+    fuzz::checkKeys(list);
 }
 
 void estimate(std::string_view text) {
@@ -42,10 +48,7 @@ void estimate(std::string_view text) {
     const auto converted = stringWithBytes(bytes, encoding);
     fuzz::require(converted.has_value() || encoding == NSASCIIStringEncoding,
                   "the encoding found accepts the bytes");
-    if (converted)
-        fuzz::require(
-            stringWithBytes(std::as_bytes(std::span(*converted)), NSUTF8StringEncoding).has_value(),
-            "text is UTF-8");
+    if (converted) fuzz::checkUtf8(*converted);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "fuzz/bytes_read.h"
 #include "fuzz/contract.h"
 #include "fuzz/memory_file.h"
 #include "services/convert/converting_reader.h"
@@ -18,6 +19,7 @@ using services::ConvertingReader;
 
 // Enough for a few packets of any kind, and little enough for thousands of inputs a second.
 constexpr std::size_t kSamplesPlayed = 1 << 16;
+constexpr int kSeeks = 4;
 constexpr float kUntouched = 12345.0F;
 
 // Bit for bit, but for MPEG audio with damaged packets: these put the library's filterbank out of
@@ -61,7 +63,7 @@ void checkSeeks(ConvertingReader& reader, const std::vector<float>& straight,
                 std::mt19937& random) {
     const std::uint32_t channels = reader.clientFormat().mChannelsPerFrame;
     const std::size_t frames = straight.size() / channels;
-    for (int i = 0; i < 4 && frames > 0; ++i) {
+    for (int i = 0; i < kSeeks && frames > 0; ++i) {
         const std::size_t from = random() % frames;
         require(reader.seek(static_cast<std::int64_t>(from)) == noErr, "a frame can be sought");
         const auto wanted =
@@ -80,6 +82,8 @@ void checkSeeks(ConvertingReader& reader, const std::vector<float>& straight,
 }
 
 void checkFormat(ConvertingReader& reader, std::uint64_t length, std::mt19937& random) {
+    ReadAllowance allowance;
+    allowance.grant((1 + kSeeks) * kReadsOfSeek * reader.file().source().sizeBytes());
     std::vector<float> straight;
     const std::uint32_t channels = reader.clientFormat().mChannelsPerFrame;
     require(reader.seek(0) == noErr, "the first frame can be sought");
@@ -89,6 +93,9 @@ void checkFormat(ConvertingReader& reader, std::uint64_t length, std::mt19937& r
     const std::uint64_t frames = straight.size() / channels;
     require(goesOn ? frames <= length : frames == length, "the length is what is delivered");
     checkSeeks(reader, straight, random);
+    if (goesOn) return;
+    require(reader.seek(static_cast<std::int64_t>(frames)) == noErr, "the end can be sought");
+    require(!readOnce(reader, 100, &straight), "nothing is behind the end");
 }
 
 void checkDescription(const services::SoundDescription& sound, std::uint64_t fileBytes) {
@@ -99,29 +106,36 @@ void checkDescription(const services::SoundDescription& sound, std::uint64_t fil
                 "a chunk lies within the file");
 }
 
+// Null where nothing in it can be played.
+std::shared_ptr<services::SoundFile> openSound(const std::string& path, std::uint64_t fileBytes) {
+    ReadAllowance allowance;
+    allowance.grant(kReadsToOpen * fileBytes);
+    auto sound = services::SoundFile::open(path);
+    if (!sound) return nullptr;
+    checkDescription((*sound)->description(), fileBytes);
+    if (!(*sound)->lengthInFrames() || !(*sound)->gaplessCounts()) return nullptr;
+    return *sound;
+}
+
 }  // namespace
 
 void checkSound(std::span<const std::uint8_t> bytes, std::uint32_t choices) {
     const MemoryFile file(bytes);
-    auto sound = services::SoundFile::open(file.path());
-    if (!sound) return;
-    checkDescription((*sound)->description(), bytes.size());
-    const auto length = (*sound)->lengthInFrames();
-    const auto counts = (*sound)->gaplessCounts();
-    if (!length || !counts) return;
+    const auto sound = openSound(file.path(), bytes.size());
+    if (sound == nullptr) return;
 
     std::mt19937 random(choices);
-    const AudioStreamBasicDescription& format = (*sound)->description().format;
-    ConvertingReader reader(*sound);
+    const std::uint64_t length = *sound->lengthInFrames();
+    const AudioStreamBasicDescription& format = sound->description().format;
+    ConvertingReader reader(sound);
     if (!setFormat(reader, format.mSampleRate, format.mChannelsPerFrame)) return;
-    checkFormat(reader, *length, random);
-    if (setFormat(reader, format.mSampleRate, 1 + choices % 8))
-        checkFormat(reader, *length, random);
+    checkFormat(reader, length, random);
+    if (setFormat(reader, format.mSampleRate, 1 + choices % 8)) checkFormat(reader, length, random);
     const double rate = (choices & 0x100) != 0 ? 48000 : 11025;
     if (format.mSampleRate < rate / 32 || format.mSampleRate > rate * 32) return;
     if (!setFormat(reader, rate, 1 + choices % 3)) return;
     const auto converted =
-        static_cast<std::uint64_t>(static_cast<double>(*length) * rate / format.mSampleRate + 0.5);
+        static_cast<std::uint64_t>(static_cast<double>(length) * rate / format.mSampleRate + 0.5);
     checkFormat(reader, converted, random);
 }
 

@@ -1,15 +1,26 @@
 // ID3 conversion and the information dictionaries. The first byte chooses what the rest is: a tag,
 // or a file of any kind with tags in it.
 #include "fuzz/audio_file.h"
+#include "fuzz/bytes_read.h"
 #include "fuzz/contract.h"
 #include "fuzz/input.h"
+#include "fuzz/metadata_check.h"
 #include "metadata/gapless_comment.h"
 #include "metadata/information_dictionary.h"
 #include "platform/audio_format.h"
+#include "services/core_foundation_object.h"
 
 namespace {
 
 using namespace atdp;
+
+// Every dictionary shows all of its text.
+void checkDictionary(OSStatus status, CFDictionaryRef dictionary) {
+    fuzz::require((status == noErr) == (dictionary != nullptr), "success gives a dictionary");
+    if (dictionary == nullptr) return;
+    const ScopedCFDictionary owned(dictionary);
+    fuzz::checkText(reinterpret_cast<const services::CFDictionary*>(dictionary)->description());
+}
 
 void convertTag(std::span<const std::uint8_t> tag) {
     CFDictionaryRef dictionary = nullptr;
@@ -17,15 +28,27 @@ void convertTag(std::span<const std::uint8_t> tag) {
     const OSStatus status = AudioFormatGetProperty(kAudioFormatProperty_ID3TagToDictionary,
                                                    static_cast<std::uint32_t>(tag.size()),
                                                    tag.data(), &bytes, &dictionary);
-    fuzz::require((status == noErr) == (dictionary != nullptr), "success gives a dictionary");
-    if (dictionary != nullptr) CFRelease(dictionary);
+    checkDictionary(status, dictionary);
+}
+
+void readInformation(AudioFileID file) {
+    CFDictionaryRef dictionary = nullptr;
+    std::uint32_t bytes = sizeof(dictionary);
+    const OSStatus status =
+        AudioFileGetProperty(file, kAudioFilePropertyInfoDictionary, &bytes, &dictionary);
+    checkDictionary(status, dictionary);
 }
 
 void readTags(std::span<const std::uint8_t> bytes) {
+    fuzz::ReadAllowance allowance;
+    allowance.grant(fuzz::kReadsOfTags * bytes.size());
     const fuzz::OpenAudioFile file(bytes);
     if (file.get() == nullptr) return;
+    readInformation(file.get());
     MetadataList list;
     getAudioFilePropertyInfo(file.get(), list);
+    fuzz::checkTexts(list);
+    fuzz::checkKeys(list);
     AudioFilePacketTableInfo table{};
     getAudioFilePacketTableInfoFromID3tag(&table, file.get());
 }

@@ -3,7 +3,7 @@
 build_packages="g++ cmake make pkg-config libasound2-dev libcli11-dev nlohmann-json3-dev libmpg123-dev libsoxr-dev libtag1-dev zlib1g-dev"
 test_packages="libgtest-dev python3 binutils ffmpeg lame sox twolame"
 
-fuzz_packages="clang libclang-rt-14-dev"
+fuzz_packages="clang libclang-rt-14-dev llvm"
 
 bench_packages="libavcodec-dev libavformat-dev ffmpeg"
 
