@@ -20,18 +20,12 @@ constexpr std::uint64_t kFilterbankPeriodPackets = 8;
 // overlaps the next, and the filterbank remembers 480 frames.
 constexpr std::uint64_t kMemoryPackets = 2;
 
-// A reservoir pointer reaches back 511 bytes at most, and hardly a packet has less than a byte to
-// give.
+// Packets that are looked at for the bits that one reaches back for, 511 bytes at most: hardly a
+// packet has less than a byte to give.
 constexpr std::uint64_t kMaxReservoirPackets = 512;
 
 // Padding included.
 constexpr std::size_t kMaxPacketBytes = kMaxFreeFormatBytes + 4;
-
-// Packets that are remembered as undecodable, and beginnings of stereo after mono that begin from
-// silence, in the life of a decoder: each costs going some packets again, up to several hundred. A
-// stream with more is played as the library does.
-constexpr std::size_t kMaxUndecodable = 64;
-constexpr int kMaxStereoBeginnings = 64;
 
 constexpr std::size_t kGranuleFrames = 576;
 
@@ -94,6 +88,7 @@ Result<std::unique_ptr<PacketDecoder>> MpegDecoder::make(std::shared_ptr<ByteSou
     std::unique_ptr<MpegDecoder> decoder(new MpegDecoder(
         std::move(source), std::move(stream), framesPerPacket, channels, std::move(handle)));
     if (!decoder->makeSilence()) return Failure::kUnreadable;
+    decoder->makeCarrier();
     return std::unique_ptr<PacketDecoder>(std::move(decoder));
 }
 
@@ -109,6 +104,16 @@ bool MpegDecoder::makeSilence() {
     return parseMpegHeader(silence_).has_value();  // not so where the file was changed
 }
 
+// A packet of silence with as much room for sound data as a packet of the stream can have.
+void MpegDecoder::makeCarrier() {
+    carrier_ = silence_;
+    carrierHeader_ = header_;
+    if (header_.layer != 3 || header_.isFreeFormat()) return;
+    carrier_[2] = (carrier_[2] & std::byte{0x0F}) | std::byte{0xE0};  // the highest bit rate
+    carrierHeader_ = *parseMpegHeader(carrier_);
+    carrier_.resize(carrierHeader_.packetBytes(0));
+}
+
 MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
                          std::shared_ptr<const MpegPackets> stream, std::uint32_t framesPerPacket,
                          std::uint32_t channels, Handle handle)
@@ -119,9 +124,7 @@ MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
       handle_(std::move(handle)),
       silence_(kMaxPacketBytes),
       mended_(kMaxPacketBytes),
-      unused_(samplesPerPacket_) {
-    undecodable_.reserve(kMaxUndecodable);
-}
+      unused_(samplesPerPacket_) {}
 
 MpegDecoder::~MpegDecoder() = default;
 
@@ -136,17 +139,11 @@ bool MpegDecoder::decode(std::uint64_t packet, float* samples) {
 }
 
 bool MpegDecoder::decodeAsKnown(std::uint64_t packet, float* samples) {
-    if (!isOpen_ || packet != nextPacket_) {
-        const auto first = firstPacketFor(packet);
-        if (!first) return false;
-        const bool goesOn = isOpen_ && nextPacket_ >= *first && nextPacket_ <= packet;
-        if (!goesOn) {
-            soundFrom_ = 0;
-            if (!restart(*first)) return false;
-        }
-        while (nextPacket_ < packet)
-            if (!decodeNext(unused_.data())) return false;
-    }
+    const bool goesOn =
+        isOpen_ && nextPacket_ <= packet && packet - nextPacket_ <= kFilterbankPeriodPackets;
+    if (!goesOn && !restartBefore(packet)) return false;
+    while (nextPacket_ < packet)
+        if (!decodeNext(unused_.data())) return false;
     return decodeNext(samples);
 }
 
@@ -159,34 +156,6 @@ Result<Bytes> MpegDecoder::packetBytes(std::uint64_t packet) {
     return bytes->first(place.bytes());
 }
 
-// The packet to start at, so that `packet` comes out as in a straight run.
-Result<std::uint64_t> MpegDecoder::firstPacketFor(std::uint64_t packet) {
-    std::uint64_t first = packet;
-    const std::uint64_t exact = packet - std::min(packet, kMemoryPackets);
-    for (std::uint64_t needed = exact; needed <= packet; ++needed) {
-        const auto start = reservoirStart(needed);
-        if (!start) return start;
-        first = std::min(first, *start);
-    }
-    return first / kFilterbankPeriodPackets * kFilterbankPeriodPackets;
-}
-
-// The packet in which the bits of `packet` start.
-Result<std::uint64_t> MpegDecoder::reservoirStart(std::uint64_t packet) {
-    const auto bytes = packetBytes(packet);
-    if (!bytes) return bytes.failure();
-    const auto header = parseMpegHeader(*bytes);
-    if (!header || header->layer != 3) return packet;
-    std::uint64_t missing = parseMpegSideInfo(*header, *bytes).reservoirBytes;
-    const std::uint64_t limit = packet - std::min(packet, kMaxReservoirPackets);
-    while (missing > 0 && packet > limit) {
-        --packet;
-        const std::uint64_t given = leastSoundBytes(*header, stream_->packets[packet].bytes());
-        missing -= std::min(missing, given);
-    }
-    return packet;
-}
-
 // Channels of a packet as it is decoded; 0 where it cannot be read.
 std::uint32_t MpegDecoder::channelsOf(std::uint64_t packet) {
     const auto bytes = packetBytes(packet);
@@ -195,36 +164,95 @@ std::uint32_t MpegDecoder::channelsOf(std::uint64_t packet) {
     return header && header->agreesWith(header_) ? header->channels() : header_.channels();
 }
 
-// Only a fresh open clears the library's filterbank.
+// Starts the library anew, at a packet early enough that `packet` comes out as in a straight run.
+bool MpegDecoder::restartBefore(std::uint64_t packet) {
+    return restart(packet - std::min(packet, kMemoryPackets));
+}
+
+// Starts the library anew, so that it decodes `packet` next: with the bits at hand that this one
+// reaches back for, and with its filterbank where it stands in a straight run. Only a fresh open
+// clears the filterbank.
 bool MpegDecoder::restart(std::uint64_t packet) {
-    isOpen_ =
-        mpg123_close(handle_.get()) == MPG123_OK && mpg123_open_feed(handle_.get()) == MPG123_OK;
+    isOpen_ = false;
     nextPacket_ = packet;
     nextToFeed_ = packet;
+    packetsAhead_ = 0;
+    carriers_ = 0;
+    carriersFed_ = 0;
     previousChannels_ = 0;
     endsInSound_ = false;
-    reservoirBytes_ = 0;
+    isOpen_ = mpg123_close(handle_.get()) == MPG123_OK &&
+              mpg123_open_feed(handle_.get()) == MPG123_OK && fillReservoir(packet) &&
+              decodeCarriers();
     return isOpen_;
 }
 
-// Restarts so that `packet` is the next, with silence before the packets that it needs.
-bool MpegDecoder::restartBefore(std::uint64_t packet) {
-    const auto first = firstPacketFor(packet);
-    if (!first || !restart(*first)) return false;
-    soundFrom_ = packet - std::min(packet, kMemoryPackets);
-    while (nextPacket_ < packet)
-        if (!decodeInStep(unused_.data())) return false;
+// Gathers what the packets before `packet` leave in the reservoir.
+bool MpegDecoder::fillReservoir(std::uint64_t packet) {
+    reservoir_.clear();
+    reservoirBytes_ = 0;
+    if (header_.layer != 3) return true;
+    std::uint64_t first = packet;
+    std::uint64_t found = 0;
+    while (first > 0 && found < maxReservoirBytes(header_) && packet - first < kMaxReservoirPackets)
+        found += leastSoundBytes(header_, stream_->packets[--first].bytes());
+    for (; first < packet; ++first) {
+        const auto bytes = packetToFeed(first);
+        if (!bytes) return false;
+        const auto sound = bytes->last(soundBytes(*parseMpegHeader(*bytes), bytes->size()));
+        reservoir_.insert(reservoir_.end(), sound.begin(), sound.end());
+    }
+    if (soundBytes(carrierHeader_, carrier_.size()) == 0)
+        reservoirBytes_ = 0;  // nothing carries it
+    // What nobody can reach back for need not be carried.
+    reservoir_.erase(reservoir_.begin(), reservoir_.end() - reservoirBytes_);
     return true;
 }
 
-// Hands a packet to the library; behind the last one, a header, by which it measures the last
+// Begins with packets of silence: as many as bring the filterbank to where it stands at the next
+// packet and have room for the reservoir.
+bool MpegDecoder::decodeCarriers() {
+    const std::uint64_t room = soundBytes(carrierHeader_, carrier_.size());
+    carriers_ = nextPacket_ % kFilterbankPeriodPackets;
+    while (carriers_ * room < reservoir_.size()) carriers_ += kFilterbankPeriodPackets;
+    for (std::uint64_t i = 0; i < carriers_; ++i) {
+        const unsigned char* decoded = nullptr;
+        if (decodeFed(&decoded) != Outcome::kSound) return false;
+    }
+    return true;
+}
+
+// Hands the library what is next; behind the last packet, a header, by which it measures the last
 // packet of a free-format stream.
-bool MpegDecoder::feed(std::uint64_t packet) {
+bool MpegDecoder::feedNext() {
+    ++packetsAhead_;
+    if (carriersFed_ < carriers_) return feedBytes(carrier(carriersFed_++));
+    const std::uint64_t packet = nextToFeed_++;
     if (packet == stream_->packets.size()) return feedBytes(silence_);
+    const auto bytes = packetToFeed(packet);
+    return bytes && feedBytes(*bytes);
+}
+
+Result<Bytes> MpegDecoder::packetToFeed(std::uint64_t packet) {
     const auto bytes = packetBytes(packet);
-    const bool isSilent =
-        packet < soundFrom_ || std::binary_search(undecodable_.begin(), undecodable_.end(), packet);
-    return bytes && feedBytes(mended(*bytes, isSilent));
+    if (!bytes) return bytes;
+    return mended(*bytes, std::binary_search(undecodable_.begin(), undecodable_.end(), packet));
+}
+
+// A packet of silence with its share of the reservoir, which ends where the last carrier ends.
+Bytes MpegDecoder::carrier(std::uint64_t number) {
+    const auto whole = std::span(mended_).first(carrier_.size());
+    std::copy(carrier_.begin(), carrier_.end(), whole.begin());
+    if (header_.layer != 3) return whole;
+    const std::uint64_t room = soundBytes(carrierHeader_, whole.size());
+    const std::uint64_t before = number * room;
+    blankSideInfo(carrierHeader_, whole,
+                  static_cast<std::uint32_t>(
+                      std::min<std::uint64_t>(before, maxReservoirBytes(carrierHeader_))));
+    const std::uint64_t zeros = carriers_ * room - reservoir_.size();  // in front of it
+    for (std::uint64_t at = std::max(zeros, before); at < before + room; ++at)
+        whole[whole.size() - room + at - before] = reservoir_[at - zeros];
+    return whole;
 }
 
 bool MpegDecoder::feedBytes(Bytes bytes) {
@@ -282,62 +310,63 @@ bool MpegDecoder::breaksOff(const float* samples) const {
 void MpegDecoder::rememberUndecodable(std::uint64_t packet) {
     const auto place = std::lower_bound(undecodable_.begin(), undecodable_.end(), packet);
     const bool isKnown = place != undecodable_.end() && *place == packet;
-    if (!isKnown && undecodable_.size() < kMaxUndecodable) undecodable_.insert(place, packet);
+    if (!isKnown) undecodable_.insert(place, packet);
 }
 
 // Decodes the next packet. While packets are mono, the library keeps what the second channel played
 // last, however long ago: where stereo begins again, that channel begins from silence.
 bool MpegDecoder::decodeNext(float* samples) {
     const std::uint32_t channels = channelsOf(nextPacket_);
-    if (previousChannels_ == 1 && channels == 2 && stereoBeginnings_ < kMaxStereoBeginnings) {
-        ++stereoBeginnings_;
-        if (!restartBefore(nextPacket_)) {
-            isOpen_ = false;
-            return false;
-        }
+    if (previousChannels_ == 1 && channels == 2) {
+        const std::uint64_t packet = nextPacket_;
+        if (!restartBefore(packet)) return false;
+        while (nextPacket_ < packet)
+            if (!decodeInStep(unused_.data())) return false;
     }
     if (!decodeInStep(samples)) return false;
     previousChannels_ = channels;
     return true;
 }
 
-// What the library cannot make sense of is silence.
-bool MpegDecoder::decodeInStep(float* samples) {
-    unsigned char* decoded = nullptr;
-    std::size_t decodedBytes = 0;
-    int status = MPG123_NEED_MORE;
+// What the library makes of the next packet or carrier.
+MpegDecoder::Outcome MpegDecoder::decodeFed(const unsigned char** decoded) {
     const bool looksAhead = stream_->freeFormatBytes != 0;
-    const std::uint64_t last =
-        std::min<std::uint64_t>(nextPacket_ + (looksAhead ? kMaxPacketsAhead : 0),
-                                stream_->packets.size() - (looksAhead ? 0 : 1));
-    for (;;) {
+    const std::uint64_t end = stream_->packets.size() + (looksAhead ? 1 : 0);
+    unsigned char* samples = nullptr;
+    std::size_t sampleBytes = 0;
+    int status = MPG123_NEED_MORE;
+    while (status == MPG123_NEED_MORE || status == MPG123_NEW_FORMAT) {
         if (status == MPG123_NEED_MORE) {
-            if (nextToFeed_ > last) break;
-            if (!feed(nextToFeed_)) {
-                isOpen_ = false;  // what was fed is not known any more
-                return false;
-            }
-            ++nextToFeed_;
-        } else if (status != MPG123_NEW_FORMAT) {
-            break;
+            if (packetsAhead_ > (looksAhead ? kMaxPacketsAhead : 0) || nextToFeed_ >= end) break;
+            if (!feedNext()) return Outcome::kFailure;
         }
         off_t number = 0;
-        status = mpg123_decode_frame(handle_.get(), &number, &decoded, &decodedBytes);
+        status = mpg123_decode_frame(handle_.get(), &number, &samples, &sampleBytes);
     }
-    if (status == MPG123_ERR && hasRunOutOfMemory(handle_.get())) {
-        isOpen_ = false;
+    if (status == MPG123_ERR && hasRunOutOfMemory(handle_.get())) return Outcome::kFailure;
+    --packetsAhead_;
+    *decoded = samples;
+    const bool isWhole = status == MPG123_OK && sampleBytes == samplesPerPacket_ * sizeof(float);
+    return isWhole ? Outcome::kSound : Outcome::kNonsense;
+}
+
+// What the library cannot make sense of is silence.
+bool MpegDecoder::decodeInStep(float* samples) {
+    const unsigned char* decoded = nullptr;
+    const Outcome outcome = decodeFed(&decoded);
+    if (outcome == Outcome::kFailure) {
+        isOpen_ = false;  // what was fed is not known any more
         return false;
     }
     ++nextPacket_;
-    if (status == MPG123_OK && decodedBytes == samplesPerPacket_ * sizeof(float)) {
-        std::memcpy(samples, decoded, decodedBytes);
-        if (breaksOff(samples)) rememberUndecodable(nextPacket_ - 1);
-        endsInSound_ = isSound(samples + samplesPerPacket_ - channels_, channels_);
-        return true;
+    if (outcome == Outcome::kNonsense) {
+        std::fill_n(samples, samplesPerPacket_, 0.0F);
+        return restart(nextPacket_);  // the library may have stopped anywhere in what it was fed
     }
-    std::fill_n(samples, samplesPerPacket_, 0.0F);
-    // The library may have stopped anywhere in what it was fed.
-    return restart(nextPacket_);
+    std::memcpy(samples, decoded, samplesPerPacket_ * sizeof(float));
+    if (breaksOff(samples)) rememberUndecodable(nextPacket_ - 1);
+    endsInSound_ = isSound(samples + samplesPerPacket_ - channels_, channels_);
+    return true;
 }
 
 }  // namespace atdp::services

@@ -17,10 +17,10 @@ namespace atdp::services {
 // or junk.
 //
 // A packet's samples depend on packets before it: layer III takes bits from a reservoir that they
-// filled, overlaps its transform with theirs, and all layers have a filterbank with a memory. A
-// packet out of order therefore starts the library anew as many packets earlier as it takes, and at
-// a packet number at which the library's filterbank stands as in a straight run, whose samples then
-// come out bit for bit.
+// filled, overlaps its transform with theirs, and all layers have a filterbank with a memory. To
+// decode a packet out of order, the library is started anew two packets earlier, behind packets of
+// silence (carriers) that hold the reservoir and bring the filterbank to where it stands in a
+// straight run, whose samples then come out bit for bit.
 class MpegDecoder final : public PacketDecoder {
  public:
     // All packets are delivered with the channel count of the
@@ -43,19 +43,25 @@ class MpegDecoder final : public PacketDecoder {
     MpegDecoder(std::shared_ptr<ByteSource> source, std::shared_ptr<const MpegPackets> stream,
                 std::uint32_t framesPerPacket, std::uint32_t channels, Handle handle);
 
+    enum class Outcome { kSound, kNonsense, kFailure };
+
     bool decodeAsKnown(std::uint64_t packet, float* samples);
+    bool makeSilence();
+    void makeCarrier();
     Result<Bytes> packetBytes(std::uint64_t packet);
-    Result<std::uint64_t> firstPacketFor(std::uint64_t packet);
-    Result<std::uint64_t> reservoirStart(std::uint64_t packet);
     std::uint32_t channelsOf(std::uint64_t packet);
     bool restart(std::uint64_t packet);
     bool restartBefore(std::uint64_t packet);
-    bool makeSilence();
-    bool feed(std::uint64_t packet);
+    bool fillReservoir(std::uint64_t packet);
+    bool decodeCarriers();
+    bool feedNext();
     bool feedBytes(Bytes bytes);
+    Result<Bytes> packetToFeed(std::uint64_t packet);
     Bytes mended(Bytes packet, bool isSilent);
+    Bytes carrier(std::uint64_t number);
     bool decodeNext(float* samples);
     bool decodeInStep(float* samples);
+    Outcome decodeFed(const unsigned char** decoded);
     bool breaksOff(const float* samples) const;
     void rememberUndecodable(std::uint64_t packet);
 
@@ -64,18 +70,22 @@ class MpegDecoder final : public PacketDecoder {
     std::uint32_t channels_;
     std::size_t samplesPerPacket_;
     Handle handle_;
-    MpegHeader header_{};                     // of the first packet
-    std::vector<std::byte> silence_;          // a packet
+    MpegHeader header_{};             // of the first packet
+    std::vector<std::byte> silence_;  // a packet
+    MpegHeader carrierHeader_{};
+    std::vector<std::byte> carrier_;          // a packet of silence, with room for the reservoir
     std::vector<std::byte> mended_;           // a packet that cannot be handed over as it is
     std::vector<float> unused_;               // samples of packets decoded on the way to another
     std::vector<std::uint64_t> undecodable_;  // packets that the library gave up on, in order
-    std::uint64_t nextPacket_ = 0;            // that decodeNext decodes
-    std::uint64_t nextToFeed_ = 0;            // ahead of nextPacket_ where the library looks ahead
-    std::uint64_t soundFrom_ = 0;             // packets before it are handed over as silence
-    std::uint32_t previousChannels_ = 0;      // of the packet before nextPacket_; 0: not decoded
-    int stereoBeginnings_ = 0;
-    bool endsInSound_ = false;          // that packet's last frame
-    std::uint32_t reservoirBytes_ = 0;  // before nextToFeed_, that a packet may reach back for
+    std::vector<std::byte> reservoir_;        // what the carriers hold
+    std::uint64_t carriers_ = 0;              // with which the library was started
+    std::uint64_t carriersFed_ = 0;
+    std::uint64_t nextPacket_ = 0;        // that decodeNext decodes
+    std::uint64_t nextToFeed_ = 0;        // ahead of nextPacket_ where the library looks ahead
+    std::uint64_t packetsAhead_ = 0;      // carriers and packets fed and not yet decoded
+    std::uint32_t previousChannels_ = 0;  // of the packet before nextPacket_; 0: not decoded
+    bool endsInSound_ = false;            // that packet's last frame
+    std::uint32_t reservoirBytes_ = 0;    // before nextToFeed_, that a packet may reach back for
     bool isOpen_ = false;
 };
 
