@@ -6,14 +6,13 @@ to the second after the first. What the fit leaves over, over the whole band, is
 noise. Ends with 1 when a row is worse than it should be. The environment names the program in ATDP.
 """
 
-import array
 import math
-import os
 import pathlib
-import struct
-import subprocess
 import sys
 import tempfile
+
+from commands import atdp, floats
+from tones import decibels, fit, write_tone
 
 SECONDS = 4
 
@@ -32,53 +31,11 @@ ROWS = [
 ]
 
 
-def decibels(ratio):
-    return 20 * math.log10(max(ratio, 1e-15))
-
-
-def write_tone(path, rate, frequency, level):
-    """A WAV file of one channel."""
-    peak = 10 ** (level / 20)
-    step = 2 * math.pi * frequency / rate
-    samples = array.array("f", (peak * math.sin(step * i) for i in range(SECONDS * rate)))
-    data = samples.tobytes()
-    form = struct.pack("<HHIIHH", 3, 1, rate, 4 * rate, 4, 32)
-    chunks = b"fmt " + struct.pack("<I", 16) + form + b"data" + struct.pack("<I", len(data)) + data
-    path.write_bytes(b"RIFF" + struct.pack("<I", 4 + len(chunks)) + b"WAVE" + chunks)
-    return peak / math.sqrt(2)
-
-
-def converted(path, rate):
-    command = [os.environ["ATDP"], "decode", path, "--rate", str(rate), "--raw", "-o", "-"]
-    samples = array.array("f")
-    samples.frombytes(subprocess.run(command, check=True, capture_output=True).stdout)
-    return samples
-
-
-def fit(samples, rate, frequency):
-    """The root mean square of the sine that fits best, and of what it leaves over."""
-    step = 2 * math.pi * frequency / rate
-    count = len(samples)
-    sines = [math.sin(step * i) for i in range(count)]
-    cosines = [math.cos(step * i) for i in range(count)]
-
-    def dot(a, b):
-        return math.fsum(x * y for x, y in zip(a, b))
-
-    # Two normal equations, solved by Cramer's rule.
-    ss, sc, cc = dot(sines, sines), dot(sines, cosines), dot(cosines, cosines)
-    ys, yc = dot(samples, sines), dot(samples, cosines)
-    determinant = ss * cc - sc * sc
-    a, b = (ys * cc - yc * sc) / determinant, (yc * ss - ys * sc) / determinant
-    rest = math.fsum((y - a * s - b * c) ** 2 for y, s, c in zip(samples, sines, cosines))
-    return math.hypot(a, b) / math.sqrt(2), math.sqrt(rest / count)
-
-
 def measure(folder, from_rate, to_rate, frequency, level, what):
     """A level in dB, and the frames delivered."""
     path = folder / "tone.wav"
-    tone = write_tone(path, from_rate, frequency, level)
-    samples = converted(path, to_rate)
+    tone = write_tone(path, from_rate, frequency, level, SECONDS)
+    samples = floats(atdp("decode", path, "--rate", to_rate, "--raw", "-o", "-").stdout)
     second = samples[to_rate : 2 * to_rate]
     if what == "all":
         return decibels(math.sqrt(math.fsum(y * y for y in second) / len(second)) / tone), samples

@@ -1,42 +1,16 @@
 """Other rates and channel counts than a file has: asked for, or for the sound device's sake."""
 
 import math
-import struct
 
 from commands import InFolder, atdp, floats, run
+from sound_device import SoundDevice
 
 
 def rounded(number):
     return math.floor(number + 0.5)
 
 
-class Conversion(InFolder):
-    def encode(self, source, *options, name="encoded.mp3"):
-        path = self.folder / name
-        run("lame", "--quiet", "-b", 192, *options, source, path)
-        return path
-
-    def odd_rate(self):
-        """An AIFF file of 22254.5 Hz, as early computers recorded."""
-        path = self.sox("odd.aiff", seconds=0.3, rate=22255)
-        content = bytearray(path.read_bytes())
-        at = content.index(b"COMM") + 16
-        content[at : at + 10] = struct.pack(">HQ", 16383 + 14, int(22254.5 * 2**49))
-        path.write_bytes(content)
-        return path
-
-
-class Decode(Conversion):
-    def test_nonsense_is_wrong_usage(self):
-        for command in ("decode", "play"):
-            for option, values in (("--rate", ("nan", "inf", "-1", "0", "abc", "1e999", "1e300")),
-                                   ("--channels", ("nan", "-1", "0", "65", "1.5", "two"))):
-                for value in values:
-                    with self.subTest(command=command, option=option, value=value):
-                        result = atdp(command, "a", option, value)
-                        self.assertEqual((result.returncode, result.stdout), (2, b""))
-                        self.assertIn(option, result.stderr.decode())
-
+class Decode(InFolder):
     def test_refusals_name_what_was_asked(self):
         path = self.sox("t.wav", seconds=0.1)
         for rate in ("5", "999.5", "768001"):
@@ -44,13 +18,10 @@ class Decode(Conversion):
             self.assert_fails(result, "t.wav", f"cannot be delivered at {rate} Hz")
         self.assertEqual([p.name for p in self.folder.iterdir()], ["t.wav"])
 
-    def test_header_length_and_sound_are_right(self):
-        source = self.folder / "sine.wav"
-        run("sox", "-n", "-r", 44100, "-c", 2, "-b", 24, source, "synth", 1.3, "sine", 997,
-            "vol", 0.5)
-        lossless = self.folder / "sine.m4a"
-        run("ffmpeg", "-v", "error", "-i", source, "-c:a", "alac", lossless)
-        for path, tolerance in ((source, 1e-4), (lossless, 1e-4), (self.encode(source), 0.03)):
+    def test_header_has_the_new_format_and_length(self):
+        source = self.sox("source.wav", seconds=1.3)
+        lossless = self.ffmpeg(source, "lossless.m4a", "-c:a", "alac")
+        for path in (source, lossless, self.lame(source, "-b", 192)):
             frames = len(self.raw(path)) // 8
             for rate, channels in ((48000, 2), (8000, 1), (22254.5, 2), (192000, 4), (44100, 1)):
                 with self.subTest(path=path.name, rate=rate, channels=channels):
@@ -62,23 +33,16 @@ class Decode(Conversion):
                                  "stream=sample_rate,channels,duration_ts", written)
                     expected = [rounded(rate), channels, rounded(frames * rate / 44100)]
                     self.assertEqual([int(text) for text in probed.split(b",")], expected)
-                    left = floats(self.raw(path, *options))[::channels]
-                    for n in range(len(left) // 4, len(left) // 2):
-                        expected = 0.5 * math.sin(2 * math.pi * 997 * n / rate)
-                        self.assertAlmostEqual(left[n], expected, delta=tolerance)
 
     def test_from_and_for_count_at_the_new_rate(self):
-        source = self.sox("noise.wav", seconds=24)
+        source = self.sox("noise.wav", seconds=9)
         padded = self.folder / "padded.wav"
         run("sox", source, padded, "trim", 0, 7.123, "pad", 1.5, 0.5)
-        counted = self.encode(padded, name="counted.mp3")
+        counted = self.lame(padded, "-b", 192, name="counted.mp3")
         # Cut by a whole second at the start, and by less at the end.
-        trimmed = self.encode(padded, "-t", name="trimmed.mp3")
+        trimmed = self.lame(padded, "-b", 192, "-t", name="trimmed.mp3")
         for path, rate, options, starts in (
-                (source, 44100, ("--channels", 1), (20.5, 23.99)),
-                (source, 48000, (), (0.00003, 20.5, 21.2, 23.99, 25)),
-                (source, 22254.5, (), (20.5, 23.99)),
-                (source, 768000, ("--channels", 1), (23.7,)),
+                (source, 48000, (), (0.00003, 6.2, 8.99, 10)),
                 (counted, 48000, (), (0.9, 5.5, 7.05, 8.2, 9.1)),
                 (counted, 11025, ("--channels", 1), (0.9, 6.1, 7.05, 8.2, 9.1)),
                 (trimmed, 44100, ("--threshold-db", -60), (0.9, 5.05, 6.1, 7.05, 7.9)),
@@ -99,24 +63,7 @@ class Decode(Conversion):
                     self.assertLess(error, 1e-5, start)
 
 
-class Play(Conversion):
-    def play(self, device, *arguments):
-        """Plays on a device, which is given as the inside of its configuration; FILE stands for
-        one that takes everything and leaves it in a file. Answers the run and what came."""
-        captured = self.folder / "captured.raw"
-        captured.unlink(missing_ok=True)
-        config = self.folder / "asound.conf"
-        file = f'{{ type file; slave.pcm {{ type null }}; file "{captured}"; format "raw" }}'
-        config.write_text("pcm.!default " + device.replace("FILE", file))
-        result = atdp("play", *arguments, env={"ALSA_CONFIG_PATH": str(config)})
-        return result, captured.read_bytes() if captured.exists() else b""
-
-    # Without ALSA's own conversion, which atdp refuses, this one has one rate and that one two
-    # channels. The latter holds half a second and no more.
-    ONE_RATE = "{ type plug; slave { rate 48000; pcm FILE } }"
-    TWO_CHANNELS = ("{ type multi; slaves.a { channels 2; pcm INNER }; "
-                    "bindings [ { slave a; channel 0 } { slave a; channel 1 } ] }")
-
+class Play(SoundDevice):
     def test_the_device_gets_what_it_takes(self):
         stereo = self.sox("stereo.wav", seconds=0.2)
         mono = self.sox("mono.aiff", seconds=0.2, channels=1)

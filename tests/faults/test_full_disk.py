@@ -1,9 +1,10 @@
-"""atdp decode onto a disk that fills up: a limit of file size stands for it."""
+"""atdp decode onto a disk that is full, and onto one that fills up: a limit of file size is one."""
 
 import resource
+import subprocess
 import unittest
 
-from commands import InFolder, atdp
+from commands import ATDP, InFolder, atdp
 
 
 class FullDisk(InFolder):
@@ -26,6 +27,18 @@ class FullDisk(InFolder):
                         self.assertEqual(output.read_bytes(), b"kept")
                         names = sorted(p.name for p in self.folder.iterdir())
                         self.assertEqual(names, ["in.wav", "out.wav"])
+
+    def test_a_device_that_is_full_is_named(self):
+        path = self.sox("in.wav")
+        for options in ((), ("--raw",), ("--encoding", "s16"), ("--rate", 48000)):
+            with self.subTest(options=options):
+                result = atdp("decode", path, "-o", "/dev/full", *options)
+                self.assert_fails(result, "/dev/full", "No space left")
+        with open("/dev/full", "wb") as full:
+            piped = subprocess.run([ATDP, "decode", path, "--raw", "-o", "-"], stdout=full,
+                                   stderr=subprocess.PIPE)
+        self.assertEqual(piped.returncode, 1)
+        self.assertIn(b"No space left", piped.stderr)
 
 
 if __name__ == "__main__":

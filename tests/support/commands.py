@@ -28,7 +28,7 @@ def run(*command):
 
 def ffmpeg_samples(path):
     """The file as the independent decoder hears it: interleaved little-endian floats."""
-    return run("ffmpeg", "-v", "error", "-i", path, "-f", "f32le", "-")
+    return run("ffmpeg", "-v", "error", "-nostdin", "-i", path, "-f", "f32le", "-")
 
 
 def floats(raw):
@@ -50,7 +50,19 @@ class InFolder(unittest.TestCase):
         path = self.folder / name
         sound = arguments or ("-b", "16")
         # -R: the same noise each time
-        run("sox", "-R", "-n", "-r", rate, "-c", channels, *sound, path, "synth", seconds, "pinknoise")
+        run("sox", "-R", "-n", "-r", rate, "-c", channels, *sound, path,
+            "synth", seconds, "pinknoise")
+        return path
+
+    def ffmpeg(self, source, name, *options):
+        """Another file of that sound."""
+        path = self.folder / name
+        run("ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source, *options, path)
+        return path
+
+    def lame(self, source, *options, name="encoded.mp3"):
+        path = self.folder / name
+        run("lame", "--quiet", *options, source, path)
         return path
 
     def raw(self, path, *arguments):
