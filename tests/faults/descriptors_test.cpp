@@ -1,48 +1,13 @@
 // File descriptors that run out, and many decoders at once.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <random>
 
+#include "tests/support/process.h"
 #include "tests/support/sample_sounds.h"
 
 namespace atdp::test {
 namespace {
-
-constexpr std::size_t kTurnFrames = 400;
-
-struct Playing {
-    std::unique_ptr<SeekableFileDecoder> decoder;
-    const std::vector<float>* expected;
-    std::vector<float> samples;
-
-    bool playsRightAfterATurn() {
-        const std::int32_t result = play(*decoder, samples, kTurnFrames);
-        return result == DECODER_RESULT_OK && samples.size() <= expected->size() &&
-               std::equal(samples.begin(), samples.end(), expected->begin());
-    }
-};
-
-// A process has no more descriptors than those in use now.
-class NoDescriptorsLeft {
- public:
-    NoDescriptorsLeft() {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        rlimit limit = before_;
-        const int next = ::open("/dev/null", O_RDONLY);
-        limit.rlim_cur = static_cast<rlim_t>(next);
-        ::close(next);
-        ::setrlimit(RLIMIT_NOFILE, &limit);
-    }
-    NoDescriptorsLeft(const NoDescriptorsLeft&) = delete;
-    NoDescriptorsLeft& operator=(const NoDescriptorsLeft&) = delete;
-    ~NoDescriptorsLeft() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-
- private:
-    rlimit before_{};
-};
 
 TEST(Descriptors, RunOutWithoutHarmToFiveHundredDecodersThatPlay) {
     constexpr std::size_t kDecoders = 500;

@@ -1,8 +1,15 @@
-// What WAVE and AIFF files, sound and broken ones, are described as.
+// What WAVE and AIFF files, sound and broken ones, are described as; and files of every kind cut
+// and changed anywhere.
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <utility>
+
 #include "tests/support/aiff_builder.h"
-#include "tests/support/described_sound.h"
+#include "tests/support/damage.h"
+#include "tests/support/lossless_track.h"
+#include "tests/support/mpeg4_builder.h"
+#include "tests/support/tag_reading.h"
 #include "tests/support/wave_builder.h"
 
 namespace atdp::test {
@@ -12,16 +19,7 @@ using services::Failure;
 
 const std::string kData(400, 'd');
 
-struct FormatCase {
-    std::string bytes;
-    std::uint32_t fileType, formatId, flags, bits, bytesPerFrame;
-    std::uint64_t frames;
-};
-
 TEST(Containers, DescribeTheFormatsTheyHold) {
-    const std::uint32_t wav = fourCharCode("WAVE"), rf64 = fourCharCode("RF64"),
-                        aif = fourCharCode("AIFF"), aifc = fourCharCode("AIFC"),
-                        lpcm = fourCharCode("lpcm");
     const auto aiffC = [](const char* compression, std::uint16_t bits) {
         return AiffBuilder{
             .bits = bits, .compression = compression, .data = kData, .statedFrames = 25}
@@ -36,60 +34,45 @@ TEST(Containers, DescribeTheFormatsTheyHold) {
     const auto aiff = [](std::uint16_t bits) {
         return AiffBuilder{.bits = bits, .data = kData}.bytes();
     };
-    const FormatCase cases[] = {
-        {plain(1, 8), wav, lpcm, 8, 8, 2, 200},
-        {plain(1, 16), wav, lpcm, 12, 16, 4, 100},
-        {plain(1, 20), wav, lpcm, 20, 20, 6, 66},
-        {plain(1, 24), wav, lpcm, 12, 24, 6, 66},
-        {plain(1, 32), wav, lpcm, 12, 32, 8, 50},
-        {plain(3, 32), wav, lpcm, 9, 32, 8, 50},
-        {plain(3, 64), wav, lpcm, 9, 64, 16, 25},
-        {extensible(1, 24, 20), wav, lpcm, 20, 20, 6, 66},
-        {extensible(1, 32, 24), wav, lpcm, 20, 24, 8, 50},
-        {extensible(3, 32, 32), wav, lpcm, 9, 32, 8, 50},
-        {WaveBuilder{.bits = 24, .frameBytes = 8, .data = kData}.bytes(), wav, lpcm, 20, 24, 8, 50},
-        {plain(7, 8), wav, fourCharCode("ulaw"), 0, 0, 0, 0},
-        {plain(6, 8), wav, fourCharCode("alaw"), 0, 0, 0, 0},
-        {plain(0x11, 4), wav, 0x6D730011, 0, 0, 0, 0},
-        {largeWave("RF64", kData, 400, 1000), rf64, lpcm, 12, 16, 4, 100},
-        {largeWave("BW64", kData, 80, 1000), rf64, lpcm, 12, 16, 4, 20},
-        {largeWave("RF64", kData, 0, 0), rf64, lpcm, 12, 16, 4, 100},
-        {largeWave("RF64", kData, ~0ULL, ~0ULL), rf64, lpcm, 12, 16, 4, 100},
-        {aiff(16), aif, lpcm, 14, 16, 4, 100},
-        {aiff(8), aif, lpcm, 12, 8, 2, 200},
-        {aiff(20), aif, lpcm, 22, 20, 6, 66},
-        {aiffC("NONE", 24), aifc, lpcm, 14, 24, 6, 25},
-        {aiffC("twos", 16), aifc, lpcm, 14, 16, 4, 25},
-        {aiffC("sowt", 16), aifc, lpcm, 12, 16, 4, 25},
-        {aiffC("raw ", 8), aifc, lpcm, 8, 8, 2, 25},
-        {aiffC("in24", 16), aifc, lpcm, 14, 24, 6, 25},
-        {aiffC("in32", 16), aifc, lpcm, 14, 32, 8, 25},
-        {aiffC("fl32", 16), aifc, lpcm, 11, 32, 8, 25},
-        {aiffC("FL64", 16), aifc, lpcm, 11, 64, 16, 25},
-        {aiffC("ULAW", 8), aifc, fourCharCode("ulaw"), 0, 0, 0, 0},
-        {aiffC("ima4", 4), aifc, fourCharCode("ima4"), 0, 0, 0, 0},
+    const std::pair<std::string, const char*> cases[] = {
+        {plain(1, 8), "WAVE lpcm 8 8 2 1 2 44100 200"},
+        {plain(1, 16), "WAVE lpcm 12 16 4 1 2 44100 100"},
+        {plain(1, 20), "WAVE lpcm 20 20 6 1 2 44100 66"},
+        {plain(1, 24), "WAVE lpcm 12 24 6 1 2 44100 66"},
+        {plain(1, 32), "WAVE lpcm 12 32 8 1 2 44100 50"},
+        {plain(3, 32), "WAVE lpcm 9 32 8 1 2 44100 50"},
+        {plain(3, 64), "WAVE lpcm 9 64 16 1 2 44100 25"},
+        {extensible(1, 24, 20), "WAVE lpcm 20 20 6 1 2 44100 66"},
+        {extensible(1, 32, 24), "WAVE lpcm 20 24 8 1 2 44100 50"},
+        {extensible(3, 32, 32), "WAVE lpcm 9 32 8 1 2 44100 50"},
+        {WaveBuilder{.bits = 24, .frameBytes = 8, .data = kData}.bytes(),
+         "WAVE lpcm 20 24 8 1 2 44100 50"},
+        {plain(7, 8), "WAVE ulaw 0 0 0 0 2 44100 0"},
+        {plain(6, 8), "WAVE alaw 0 0 0 0 2 44100 0"},
+        {plain(0x11, 4), "WAVE 1836253201 0 0 0 0 2 44100 0"},
+        {largeWave("RF64", kData, 400, 1000), "RF64 lpcm 12 16 4 1 2 44100 100"},
+        {largeWave("BW64", kData, 80, 1000), "RF64 lpcm 12 16 4 1 2 44100 20"},
+        {largeWave("RF64", kData, 0, 0), "RF64 lpcm 12 16 4 1 2 44100 100"},
+        {largeWave("RF64", kData, ~0ULL, ~0ULL), "RF64 lpcm 12 16 4 1 2 44100 100"},
+        {aiff(16), "AIFF lpcm 14 16 4 1 2 44100 100"},
+        {aiff(8), "AIFF lpcm 12 8 2 1 2 44100 200"},
+        {aiff(20), "AIFF lpcm 22 20 6 1 2 44100 66"},
+        {aiffC("NONE", 24), "AIFC lpcm 14 24 6 1 2 44100 25"},
+        {aiffC("twos", 16), "AIFC lpcm 14 16 4 1 2 44100 25"},
+        {aiffC("sowt", 16), "AIFC lpcm 12 16 4 1 2 44100 25"},
+        {aiffC("raw ", 8), "AIFC lpcm 8 8 2 1 2 44100 25"},
+        {aiffC("in24", 16), "AIFC lpcm 14 24 6 1 2 44100 25"},
+        {aiffC("in32", 16), "AIFC lpcm 14 32 8 1 2 44100 25"},
+        {aiffC("fl32", 16), "AIFC lpcm 11 32 8 1 2 44100 25"},
+        {aiffC("FL64", 16), "AIFC lpcm 11 64 16 1 2 44100 25"},
+        {aiffC("ULAW", 8), "AIFC ulaw 0 0 0 0 2 44100 0"},
+        {aiffC("ima4", 4), "AIFC ima4 0 0 0 0 2 44100 0"},
     };
-    for (const FormatCase& expected : cases) {
-        SCOPED_TRACE(&expected - cases);
-        const auto sound = describe(expected.bytes);
-        ASSERT_TRUE(sound);
-        EXPECT_EQ(sound->fileType, expected.fileType);
-        EXPECT_EQ(sound->format.mFormatID, expected.formatId);
-        EXPECT_EQ(sound->format.mFormatFlags, expected.flags);
-        EXPECT_EQ(sound->format.mBitsPerChannel, expected.bits);
-        EXPECT_EQ(sound->format.mBytesPerFrame, expected.bytesPerFrame);
-        EXPECT_EQ(sound->format.mChannelsPerFrame, 2U);
-        EXPECT_EQ(sound->format.mSampleRate, 44100);
-        EXPECT_EQ(sound->frames, expected.frames);
-    }
+    for (const auto& [bytes, description] : cases) EXPECT_EQ(descriptionOf(bytes), description);
 }
 
 // Headers that lie about sizes, as interrupted and streaming writers leave them.
 TEST(Containers, FindTheSoundWhereSizesLie) {
-    struct Case {
-        std::string bytes;
-        std::uint64_t offset, frames;
-    };
     const std::string list = riffChunk("LIST", "INFOINAM\x02");
     std::string unpadded = list, paddedWithBlank = list;
     unpadded.pop_back();
@@ -109,7 +92,8 @@ TEST(Containers, FindTheSoundWhereSizesLie) {
                            .statedFormBytes = form}
             .bytes();
     };
-    const Case cases[] = {
+    const std::tuple<std::string, std::uint64_t, std::uint64_t> cases[] = {
+        // offset, frames
         {behind(list), 44 + 18, 100},
         {behind(unpadded), 44 + 17, 100},
         {behind(paddedWithBlank), 44 + 18, 100},
@@ -129,12 +113,10 @@ TEST(Containers, FindTheSoundWhereSizesLie) {
         {aiff(0, 0, 0), 54, 100},
         {aiff({}, 0xFFFFFFFF), 54, 100},
     };
-    for (const Case& expected : cases) {
-        SCOPED_TRACE(&expected - cases);
-        const auto sound = describe(expected.bytes);
+    for (const auto& [bytes, offset, frames] : cases) {
+        const auto sound = describe(bytes);
         ASSERT_TRUE(sound);
-        EXPECT_EQ(sound->data.offset, expected.offset);
-        EXPECT_EQ(sound->frames, expected.frames);
+        EXPECT_EQ(std::pair(sound->data.offset, sound->frames), std::pair(offset, frames));
     }
 }
 
@@ -165,15 +147,19 @@ TEST(Containers, RefuseWhatCannotBePlayed) {
         EXPECT_EQ(refusal(text), Failure::kUnknownFileType) << text;
 }
 
-// Cut anywhere, a file is described with the sound that is left, or refused.
-TEST(Containers, BearBeingCutAtEveryByte) {
+// What is left is described, or refused, and nothing is read beyond it.
+TEST(Damage, LeavesNothingToBeReadOutsideOfTheFile) {
+    const std::string sound = kData.substr(0, 40);
     for (const std::string& whole :
-         {WaveBuilder{.data = kData}.bytes(), AiffBuilder{.data = kData}.bytes(),
-          largeWave("RF64", kData, 400, 1000)})
-        for (std::size_t bytes = 0; bytes < whole.size(); ++bytes) {
-            const auto sound = describe(whole.substr(0, bytes));
-            EXPECT_TRUE(!sound || sound->data.end() <= bytes) << bytes;
-        }
+         {WaveBuilder{.data = sound}.bytes(), AiffBuilder{.data = sound}.bytes(),
+          largeWave("RF64", sound, 40, 10), tagsOfEveryKind(),
+          Mpeg4Builder{.edits = editList(0, {{8000, 1000}})}.bytes()})
+        forEachDamage(whole, [](const std::string& bytes) {
+            const auto described = describe(bytes);
+            EXPECT_TRUE(!described || described->data.end() <= bytes.size());
+            summary(bytes);
+            mpegInformation(bytes);
+        });
 }
 
 }  // namespace

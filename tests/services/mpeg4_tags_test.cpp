@@ -2,23 +2,12 @@
 #include <gtest/gtest.h>
 
 #include "services/limits.h"
-#include "services/tags/mpeg4_information.h"
-#include "tests/support/id3_builder.h"
-#include "tests/support/memory_source.h"
-#include "tests/support/mpeg4_builder.h"
+#include "tests/support/mpeg4_information.h"
 
 namespace atdp::test {
 namespace {
 
 using services::TextMap;
-
-TextMap information(const std::string& items, bool isFullAtom = true) {
-    const std::string list = fullAtom("hdlr", zeros(20)) + atom("ilst", items);
-    Mpeg4Builder file;
-    file.userData = atom("udta", isFullAtom ? fullAtom("meta", list) : atom("meta", list));
-    MemorySource source(file.bytes());
-    return services::readMpeg4Information(source);
-}
 
 TEST(Mpeg4Tags, ReadsTheItemList) {
     const std::string items = text("\251nam", "Título") + text("\251ART", "Who") +

@@ -77,23 +77,15 @@ TEST(Id3v2, UndoesWhatWritersDoToFrames) {
 }
 
 TEST(Id3v2, KeepsCommentsByDescription) {
-    ScopedCFDictionary dictionary;
     const std::string gapless = " 00000000 00000840 000001CC 0000000000A6B0F4";
     const std::string wide = id3Frame(3, "COMM", "\1eng\xFF\xFE" + utf16Little(raw("d\0t")));
     const std::string tag = id3Tag(3, comment("iTunSMPB", gapless) + comment("", "fine") + wide +
                                           comment("", "second") + id3Frame(3, "TPE1", "\3Who"));
-    ASSERT_EQ(convert(tag, dictionary), noErr);
-    EXPECT_EQ(textAt(dictionary.get(), "TPE1"), "Who");
-    CFTypeRef comments = nullptr;
-    ASSERT_TRUE(CFDictionaryGetValueIfPresent(dictionary.get(), "comments", &comments));
-    for (const auto& [description, text] :
-         TextMap{{"iTunSMPB", gapless}, {"", "fine"}, {"d", "t"}}) {
-        CFTypeRef entry = nullptr;
-        ASSERT_TRUE(CFDictionaryGetValueIfPresent(dictionaryOf(comments), description, &entry));
-        EXPECT_EQ(textAt(dictionaryOf(entry), "text"), text);
-    }
-    EXPECT_EQ(textOf(comments), nullptr);
-    EXPECT_EQ(dictionaryOf(textOf(nullptr)), nullptr);
+    EXPECT_EQ(frameText(tag, "TPE1"), "Who");
+    for (const auto& [description, text] : TextMap{{"iTunSMPB", gapless}, {"", "fine"}, {"d", "t"}})
+        EXPECT_EQ(commentText(tag, description), text);
+    EXPECT_EQ(textOf(nullptr), nullptr);
+    EXPECT_EQ(dictionaryOf(nullptr), nullptr);
     EXPECT_EQ(mpegInformation(tag)["comments"], "fine");
 }
 
@@ -152,25 +144,6 @@ TEST(Id3v2, StaysSmallWhateverFramesClaim) {
     EXPECT_EQ(titleAfter(comments), "(absent)");
     for (const int size : {0x0FFFFFFF, 0x0FFFFFF, 20})
         EXPECT_EQ(title("\3" + synchsafe(static_cast<std::size_t>(size)), 4, 9), "(absent)");
-}
-
-// Cut anywhere, or with any byte changed, a file says what is left and nothing is read beyond it.
-TEST(Tags, BearBeingCutAndChanged) {
-    std::string whole;
-    for (const int version : {2, 3, 4})
-        whole += id3Tag(version, id3Frame(version, version == 2 ? "TT2" : "TIT2", "\3Title") +
-                                     id3Frame(version, version == 2 ? "COM" : "COMM",
-                                              "\1eng" + utf16Little(raw("d\0t"))));
-    whole += apeTag(apeItem("Title", "Ape")) + id3v1Tag("Old");
-    for (std::size_t i = 0; i < whole.size(); ++i) {
-        mpegInformation(whole.substr(0, i));
-        mpegInformation(whole.substr(i));
-        for (const char value : {'\0', '\x7F', '\x80', '\xFF'}) {
-            std::string changed = whole;
-            changed[i] = value;
-            mpegInformation(changed);
-        }
-    }
 }
 
 TEST(Information, TakesEachEntryFromTheFirstTagThatHasIt) {

@@ -2,60 +2,25 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <thread>
 #include <vector>
 
-#include "platform/string_encoding.h"
+#include "tests/support/encoded_text.h"
 
 namespace atdp::test {
 namespace {
 
 using namespace std::string_literals;
 
-std::string text(const std::string& bytes, NSStringEncoding encoding) {
-    return stringWithBytes(std::as_bytes(std::span(bytes)), encoding).value_or("(refused)");
-}
-
-NSStringEncoding guess(const std::string& bytes) {
-    return estimateStringEncoding(std::as_bytes(std::span(bytes)));
-}
-
-// Every byte that is no text by itself.
-std::string bytesRefused(NSStringEncoding encoding) {
-    std::string refused;
-    for (int byte = 0; byte < 256; ++byte) {
-        const std::string bytes(1, static_cast<char>(byte));
-        if (text(bytes, encoding) == "(refused)") refused += bytes;
+TEST(StringEncoding, KeepsAsciiNulsAndNothing) {
+    const std::string ascii = "A\0~"s + bytesFromTo(0x01, 0x1A) + bytesFromTo(0x1C, 0x5B);
+    for (const NSStringEncoding encoding : kEncodings) {
+        EXPECT_EQ(text("", encoding), "") << encoding;
+        if (encoding != NSUnicodeStringEncoding && encoding != NSUTF16BigEndianStringEncoding) {
+            EXPECT_EQ(text(ascii, encoding), ascii) << encoding;
+        }
     }
-    return refused;
-}
-
-std::string bytesFromTo(int first, int last) {
-    std::string bytes;
-    for (int byte = first; byte <= last; ++byte) bytes += static_cast<char>(byte);
-    return bytes;
-}
-
-constexpr NSStringEncoding kAll[] = {
-    NSASCIIStringEncoding,         NSJapaneseEUCStringEncoding,   NSUTF8StringEncoding,
-    NSISOLatin1StringEncoding,     NSNonLossyASCIIStringEncoding, NSShiftJISStringEncoding,
-    NSUnicodeStringEncoding,       NSWindowsCP1251StringEncoding, NSWindowsCP1252StringEncoding,
-    NSWindowsCP1253StringEncoding, NSWindowsCP1254StringEncoding, NSWindowsCP1250StringEncoding,
-    NSISO2022JPStringEncoding,     NSMacOSRomanStringEncoding,    NSUTF16BigEndianStringEncoding};
-
-TEST(StringEncoding, TakesNoBytesAsEmptyText) {
-    for (const NSStringEncoding encoding : kAll) EXPECT_EQ(text("", encoding), "") << encoding;
     EXPECT_EQ(text("", 2), "(refused)");  // no encoding that is known
     EXPECT_EQ(text("a", 0), "(refused)");
-}
-
-TEST(StringEncoding, KeepsAsciiAndNuls) {
-    const std::string ascii = "A\0~"s + bytesFromTo(0x01, 0x1A) + bytesFromTo(0x1C, 0x5B);
-    for (const NSStringEncoding encoding : kAll) {
-        if (encoding == NSUnicodeStringEncoding || encoding == NSUTF16BigEndianStringEncoding)
-            continue;
-        EXPECT_EQ(text(ascii, encoding), ascii) << encoding;
-    }
 }
 
 TEST(StringEncoding, KnowsWhichBytesEachEncodingLeavesUndefined) {
@@ -200,15 +165,6 @@ TEST(StringEncoding, IsGuessedInAFixedOrder) {
          NSMacOSRomanStringEncoding}};
     for (const auto& [bytes, encoding] : cases) EXPECT_EQ(guess(bytes), encoding) << bytes;
     EXPECT_EQ(text("Caf\xE9", guess("Caf\xE9")), "CafÈ");
-}
-
-TEST(StringEncoding, IsKnownOnEveryThread) {
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([] {
-            for (int turn = 0; turn < 200; ++turn)
-                EXPECT_EQ(text("\xC6\xFC\xCB\xDC", guess("\xC6\xFC\xCB\xDC")), "日本");
-        });
 }
 
 }  // namespace

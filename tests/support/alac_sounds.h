@@ -3,16 +3,19 @@
 #pragma once
 
 #include <cmath>
+#include <memory>
 #include <random>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "services/codecs/alac_kernels.h"
+#include "services/codecs/alac_packet_decoder.h"
 #include "services/io/byte_cursor.h"
 #include "tests/support/alac_encoder.h"
 #include "tests/support/byte_builder.h"
 #include "tests/support/data_file.h"
+#include "tests/support/memory_source.h"
 
 namespace atdp::test {
 
@@ -119,6 +122,19 @@ inline std::vector<const services::AlacKernels*> allKernels() {
 
 inline services::Bytes bytesOf(const std::string& bytes) {
     return std::as_bytes(std::span(bytes.data(), bytes.size()));
+}
+
+// What comes of a packet there, in a file of 9000 bytes that are no packet.
+inline std::string decoded(const services::PacketPlace& place) {
+    const auto source = std::make_shared<MemorySource>(std::string(9000, '~'));
+    const auto packets = std::make_shared<const std::vector<services::PacketPlace>>(
+        std::vector<services::PacketPlace>{place});
+    services::AlacConfig config = makeConfig(16, 2);
+    config.frameLength = 4;
+    services::AlacPacketDecoder decoder(source, packets, config);
+    std::vector<float> samples(4 * 2, 1.0F);
+    if (!decoder.decode(0, samples.data())) return "failed";
+    return samples == std::vector<float>(4 * 2) ? "silent" : "sound";
 }
 
 }  // namespace atdp::test

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <vector>
 
+#include "services/convert/channel_matrix.h"
 #include "services/convert/converting_reader.h"
 #include "services/sound_file.h"
 #include "tests/support/client_format.h"
@@ -61,6 +63,15 @@ inline std::vector<float> readAll(ConvertingReader& reader) {
     for (auto part = read(reader, 1001); !part.empty(); part = read(reader, 1001))
         all.insert(all.end(), part.begin(), part.end());
     return all;
+}
+
+// What one channel of full scale gives, in thousandths of full scale.
+inline std::vector<int> levels(std::uint32_t mask, std::uint32_t in, std::uint32_t out,
+                               std::uint32_t channel) {
+    std::vector<int> levels(out);
+    for (const auto& term : services::channelGains(mask, in, out))
+        if (term.in == channel) levels[term.out] += static_cast<int>(std::lround(1000 * term.gain));
+    return levels;
 }
 
 }  // namespace atdp::test

@@ -16,4 +16,8 @@ inline std::string bytesOfFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+inline std::string dataBytes(const std::string& name) {
+    return bytesOfFile(dataFile(name));
+}
+
 }  // namespace atdp::test

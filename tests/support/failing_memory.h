@@ -1,5 +1,7 @@
-// Makes memory run out for the whole process, the libraries it uses included, and counts the blocks
-// in use. Takes the place of the allocators of the executable that it is linked into.
+// Makes memory run out for a thread, in the libraries that it calls as well, and counts the blocks
+// in use by all threads. Takes the place of the allocators of the executable that it is linked
+// into: malloc and its relations, and plain new, but not new of blocks with an alignment of their
+// own.
 #pragma once
 
 #include <cstddef>

@@ -87,4 +87,14 @@ inline std::string apeTag(const std::string& items, std::uint32_t count = 1) {
            std::string(12, '\0');
 }
 
+// All that can stand around MPEG audio, one behind the other.
+inline std::string tagsOfEveryKind() {
+    std::string tags;
+    for (const int version : {2, 3, 4})
+        tags += id3Tag(version, id3Frame(version, version == 2 ? "TT2" : "TIT2", "\3Title") +
+                                    id3Frame(version, version == 2 ? "COM" : "COMM",
+                                             "\1eng" + utf16Little(raw("d\0t"))));
+    return tags + apeTag(apeItem("Title", "Ape")) + id3v1Tag("Old");
+}
+
 }  // namespace atdp::test

@@ -114,6 +114,11 @@ struct Mpeg4Builder {
     std::string otherTracks;  // before the sound
     std::string userData;
 
+    // Nothing leaves the part as it is; a blank removes it.
+    void replace(std::string Mpeg4Builder::*part, const std::string& other) {
+        if (!other.empty()) this->*part = other == " " ? "" : other;
+    }
+
     // Where the packets start.
     std::uint64_t offset() const { return start.size() + 8; }
 

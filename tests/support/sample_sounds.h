@@ -1,6 +1,8 @@
 // A file of each kind that the plug-in plays, and a host that plays it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <fstream>
 #include <iterator>
@@ -9,11 +11,13 @@
 #include <vector>
 
 #include "decoder/audio_toolbox_wav_decoder.h"
+#include "decoder/time_arithmetic.h"
 #include "mp3/audio_toolbox_mp3_decoder.h"
 #include "mp4/audio_toolbox_mp4_decoder.h"
 #include "plugin/audio_toolbox_decoder_plugin.h"
 #include "plugin/module.h"
 #include "tests/support/aiff_builder.h"
+#include "tests/support/data_file.h"
 #include "tests/support/id3_builder.h"
 #include "tests/support/temporary_file.h"
 #include "tests/support/wave_builder.h"
@@ -25,11 +29,6 @@ struct SampleSound {
     std::string bytes;
     const DecoderClass& decoderClass;
 };
-
-inline std::string testData(const std::string& name) {
-    std::ifstream file(std::string(ATDP_TEST_DATA) + "/" + name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 // 16-bit samples that never repeat.
 inline std::string noise(std::size_t samples) {
@@ -61,18 +60,18 @@ inline std::vector<SampleSound> sampleSounds() {
                                 .data = noise(2000),
                                 .chunksBefore = riffChunk("id3 ", sampleTag()) + info};
     const AiffBuilder aiff{.channels = 3, .data = noise(3 * 30'000)};
-    const std::string layer3 = testData("layer3-vbr2.mp3");
+    const std::string layer3 = dataBytes("layer3-vbr2.mp3");
     const DecoderClass& linear = AudioToolboxWavDecoder::decoderClass();
     const DecoderClass& mpeg = AudioToolboxMP3Decoder::decoderClass();
     return {{"wave", wave.bytes(), linear},
             {"wave, short", shortWave.bytes(), linear},
             {"aiff", aiff.bytes(), linear},
             {"layer III", sampleTag() + layer3 + id3v1Tag("A title"), mpeg},
-            {"layer III, short", sampleTag() + testData("layer3-mpeg25-8k.mp3"), mpeg},
-            {"free format", testData("layer3-free.mp3"), mpeg},
-            {"layer II", testData("layer2.mp2"), mpeg},
-            {"layer III in MPEG-4, short", testData("layer3.mp4"), mpeg},
-            {"lossless", testData("lossless.m4a"), AudioToolboxMP4Decoder::decoderClass()}};
+            {"layer III, short", sampleTag() + dataBytes("layer3-mpeg25-8k.mp3"), mpeg},
+            {"free format", dataBytes("layer3-free.mp3"), mpeg},
+            {"layer II", dataBytes("layer2.mp2"), mpeg},
+            {"layer III in MPEG-4, short", dataBytes("layer3.mp4"), mpeg},
+            {"lossless", dataBytes("lossless.m4a"), AudioToolboxMP4Decoder::decoderClass()}};
 }
 
 inline bool isShort(const SampleSound& sound) {
@@ -131,6 +130,16 @@ inline std::vector<float> playWhole(const std::string& path, const Delivery& del
     return samples;
 }
 
+// The texts of a list, each as "key=text"; none of none.
+inline std::vector<std::string> tagsOf(const MetadataList* list) {
+    std::vector<std::string> tags;
+    if (list == nullptr) return tags;
+    for (const auto& entry : *list)
+        if (const auto* text = std::get_if<std::string>(&entry.value))
+            tags.push_back(entry.key + '=' + *text);
+    return tags;
+}
+
 // Takes the log: faults are told there.
 class SilentLog {
  public:
@@ -141,5 +150,68 @@ class SilentLog {
     SilentLog& operator=(const SilentLog&) = delete;
     ~SilentLog() { AudioToolboxDecoderPluginSetLogSink(nullptr, nullptr); }
 };
+
+inline bool isStartOf(const std::vector<float>& whole, const std::vector<float>& part) {
+    return part.size() <= whole.size() && std::equal(part.begin(), part.end(), whole.begin());
+}
+
+// Calls `test` with a file of each kind in each delivery format, and its samples there.
+template <class Test>
+void forEachDelivery(const Test& test) {
+    const SilentLog silent;
+    for (const SampleSound& sound : sampleSounds())
+        for (const Delivery& delivery : kDeliveries) {
+            const TemporaryFile file(sound.bytes);
+            SCOPED_TRACE(sound.name + " at " + std::to_string(delivery.rate) + " Hz, " +
+                         std::to_string(delivery.channels) + " channels");
+            const auto expected = playWhole(file.path(), delivery);
+            ASSERT_FALSE(expected.empty());
+            test(sound, delivery, file, expected);
+        }
+}
+
+// One decoder among many that play in turns.
+struct Playing {
+    std::unique_ptr<SeekableFileDecoder> decoder;
+    const std::vector<float>* expected;
+    std::vector<float> samples;
+
+    bool playsRightAfterATurn() {
+        return play(*decoder, samples, 400) == DECODER_RESULT_OK && isStartOf(*expected, samples);
+    }
+};
+
+// Opens the file, spoils it, plays until it fails, mends it, and plays on: each sample comes once
+// and in its place. Answers how many frames came before the failure; 0 where the file was in
+// memory.
+template <class Spoil>
+std::size_t playThroughFault(const Delivery& delivery, const TemporaryFile& file,
+                             const std::vector<float>& expected, const Spoil& spoil) {
+    const auto decoder = openDecoder(file.path());
+    EXPECT_TRUE(decoder && apply(delivery, *decoder));
+    std::vector<float> samples;
+    std::size_t framesBefore = 0;
+    {
+        const auto spoilt = spoil();
+        const std::int32_t result = play(*decoder, samples);
+        EXPECT_TRUE(isStartOf(expected, samples));
+        const auto frames = samples.size() / static_cast<std::size_t>(decoder->getChannels());
+        EXPECT_EQ(decoder->getTimestamp(),
+                  nanosecondsFromFrames(frames, decoder->getSamplingRate()));
+        if (result != DECODER_RESULT_OK) {
+            const std::size_t played = samples.size();
+            EXPECT_EQ(play(*decoder, samples), DECODER_RESULT_READ_FAILED);
+            EXPECT_EQ(samples.size(), played);
+            framesBefore = frames;
+        }
+    }
+    EXPECT_EQ(play(*decoder, samples), DECODER_RESULT_OK);
+    EXPECT_TRUE(samples == expected);
+    samples.clear();
+    EXPECT_EQ(decoder->seek(0), DECODER_RESULT_OK);
+    EXPECT_EQ(play(*decoder, samples), DECODER_RESULT_OK);
+    EXPECT_TRUE(samples == expected);
+    return framesBefore;
+}
 
 }  // namespace atdp::test

@@ -39,7 +39,18 @@ inline std::string frameText(const std::string& tag, const std::string& identifi
     return textAt(dictionary.get(), identifier).value_or("(absent)");
 }
 
-// The same of a tag with a title and no more.
+// The text of the comment with that description, or why there is none.
+inline std::string commentText(const std::string& tag, const std::string& description) {
+    ScopedCFDictionary dictionary;
+    CFTypeRef comments = nullptr, comment = nullptr;
+    if (convert(tag, dictionary) != noErr ||
+        !CFDictionaryGetValueIfPresent(dictionary.get(), "comments", &comments) ||
+        !CFDictionaryGetValueIfPresent(dictionaryOf(comments), description, &comment))
+        return "(absent)";
+    return textAt(dictionaryOf(comment), "text").value_or("(absent)");
+}
+
+// The text of the frame in a tag with a title and no more.
 inline std::string title(const std::string& content, int version = 4, int frameFlags = 0,
                          int tagFlags = 0) {
     return frameText(id3Tag(

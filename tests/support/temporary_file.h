@@ -27,4 +27,9 @@ class TemporaryFile {
     std::string path_;
 };
 
+// Changes what is in a file from its start on.
+inline void overwrite(const std::string& path, const std::string& bytes) {
+    std::fstream(path, std::ios::binary | std::ios::in | std::ios::out) << bytes;
+}
+
 }  // namespace atdp::test
