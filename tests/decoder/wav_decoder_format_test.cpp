@@ -7,7 +7,8 @@ namespace {
 TEST_F(WavDecoderTest, PropertiesFollowFromTheFilesFormat) {
     const struct {
         double rate;
-        std::uint32_t channels, bits;
+        std::int32_t channels;
+        std::uint32_t bits;
         std::int64_t frames;
         std::uint64_t duration;
         std::int32_t byteRate;
@@ -21,15 +22,15 @@ TEST_F(WavDecoderTest, PropertiesFollowFromTheFilesFormat) {
         {0, 2, 16, 0, ~std::uint64_t{0}, 0, 0},
     };
     for (const auto& file : files) {
-        platform().format = {file.rate, kAudioFormatLinearPCM, 12,        0, 1,
-                             0,         file.channels,         file.bits, 0};
+        platform().format = {file.rate, kAudioFormatLinearPCM, 12, 0, 1, 0, 2, file.bits, 0};
+        platform().format.mChannelsPerFrame = static_cast<std::uint32_t>(file.channels);
         platform().frames = file.frames;
         const auto decoder = openDecoder();
-        EXPECT_EQ(decoder->getSamplingRate(), static_cast<float>(file.rate));
-        EXPECT_EQ(decoder->getChannels(), static_cast<std::int32_t>(file.channels));
-        EXPECT_EQ(decoder->getDuration(), file.duration);
-        EXPECT_EQ(decoder->getBitRate(), file.byteRate);
-        EXPECT_EQ(decoder->getPreferredBufferSize(), file.preferredFrames);
+        EXPECT_EQ(
+            std::tuple(decoder->getSamplingRate(), decoder->getChannels(), decoder->getDuration(),
+                       decoder->getBitRate(), decoder->getPreferredBufferSize()),
+            std::tuple(static_cast<float>(file.rate), file.channels, file.duration, file.byteRate,
+                       file.preferredFrames));
     }
 }
 

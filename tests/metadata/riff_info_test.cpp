@@ -1,9 +1,7 @@
 // INFO lists: how a sub-chunk is found, and what becomes of its text.
-#include "metadata/riff_info.h"
-
+#include "tests/support/riff_info_test.h"
 #include "tests/support/byte_builder.h"
 #include "tests/support/failing_malloc.h"
-#include "tests/support/metadata_test.h"
 
 namespace atdp {
 namespace {
@@ -12,14 +10,6 @@ using namespace std::string_literals;
 using test::infoList;
 using test::riffChunk;
 using test::riffHeader;
-
-// Where INAM is found among the bytes; -1 where it is not.
-std::ptrdiff_t offsetOfName(const std::string& text, std::size_t available) {
-    const std::vector<std::uint8_t> bytes(text.begin(), text.end());
-    const std::uint8_t* found =
-        findChunk(0x494E414D, bytes.data(), static_cast<std::uint32_t>(available));
-    return found == nullptr ? -1 : found - bytes.data();
-}
 
 TEST(FindChunk, StepsFromHeaderToHeaderInsideTheBytes) {
     const std::string name = riffChunk("INAM", "b");
@@ -52,16 +42,6 @@ TEST(FindChunk, StepsFromHeaderToHeaderInsideTheBytes) {
     for (const std::size_t available : {0U, 7U, 8U, 12U, 19U, 20U})
         EXPECT_EQ(offsetOfName(second, available), -1) << "of which there are " << available;
 }
-
-class RiffInfoTest : public MetadataTest {
- protected:
-    Lines read(MetadataList list = {}) const {
-        checkMetaDataAsWavFile(file_, list);
-        return linesOf(list);
-    }
-
-    std::vector<std::string>& lists = platform().userData["LIST"];
-};
 
 TEST_F(RiffInfoTest, FirstListWithATextSuppliesIt) {
     const std::string full = infoList("T\0"s, "Art\0"s);

@@ -1,12 +1,7 @@
 // The walk over the atom tree of files built in memory.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
-#include "mp4/atom_reader.h"
-#include "mp4/m4a_record.h"
-#include "tests/support/atom_builder.h"
-#include "tests/support/temporary_file.h"
+#include "tests/support/m4a_record_test.h"
 
 namespace atdp {
 namespace {
@@ -15,19 +10,6 @@ using test::atom;
 using test::atomOfSize;
 using test::movie;
 using test::word;
-
-// How often some of the atoms were found in a file of those bytes.
-std::string found(const std::string& bytes) {
-    const test::TemporaryFile file(bytes);
-    EXPECT_EQ(iAnalizeM4aFile(file.path()), 0);
-    std::string text;
-    for (const auto& [name, count] :
-         {std::pair("ftyp", m4a.ftyp.count), std::pair("moov", m4a.moov.count),
-          std::pair("trak", m4a.trak.count), std::pair("mdia", m4a.mdia.count),
-          std::pair("meta", m4a.meta.count), std::pair("stsd", m4a.stsd.count)})
-        if (count > 0) text += (text.empty() ? "" : " ") + (name + (' ' + std::to_string(count)));
-    return text;
-}
 
 TEST(AtomWalk, TopLevel) {
     const std::string moov = atom("moov", atom("trak"));

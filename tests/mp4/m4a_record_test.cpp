@@ -1,5 +1,6 @@
 // What the analysis of atoms leaves in the record.
 #include <numeric>
+#include <tuple>
 
 #include "tests/support/m4a_record_test.h"
 
@@ -15,12 +16,8 @@ TEST_F(M4aRecordTest, FieldsComeFromTheirPlaces) {
     std::string body(100, '\0');
     std::iota(body.begin(), body.end(), '\0');
     body.replace(12, 4, "alac");  // where stsd has its format
-    analyze("ftyp", body);
-    analyze("mvhd", body);
-    analyze("tkhd", body);
-    analyze("hdlr", body);
-    analyze("dref", body);
-    analyze("stsd", body);
+    const char types[][5] = {"ftyp", "mvhd", "tkhd", "hdlr", "dref", "stsd"};
+    for (const auto& type : types) analyze(type, body);
     const struct {
         void* field;
         std::size_t from, bytes;
@@ -132,21 +129,18 @@ TEST_F(M4aRecordTest, PositionOfASample) {
     analyze("stsz", word(0) + word(0) + word(15) + words(100, 15));
     const struct {
         std::uint32_t time;
-        long position;
-        std::uint32_t sample, bytes;
+        std::tuple<long, std::uint32_t, std::uint32_t> found;  // position, sample, bytes
     } rows[] = {
-        {0, 1000, 0, 100},
-        {3 * 4096, 1000 + 100 + 101 + 102, 3, 103},
-        {7 * 4096, 5000 + 105 + 106, 7, 107},
-        {7 * 4096 + 1, -1, 99, 0},
-        {327'680U * 4096, -1, 327'680, 0},  // the chunk behind the table
+        {0, {1000, 0, 100}},
+        {3 * 4096, {1000 + 100 + 101 + 102, 3, 103}},
+        {7 * 4096, {5000 + 105 + 106, 7, 107}},
+        {7 * 4096 + 1, {-1, 99, 0}},
+        {327'680U * 4096, {-1, 327'680, 0}},  // the chunk behind the table
     };
     for (const auto& row : rows) {
-        std::uint32_t sample = 99;
-        std::uint32_t bytes = 99;
-        EXPECT_EQ(lBitStreamPosition(row.time, &sample, &bytes), row.position) << row.time;
-        EXPECT_EQ(sample, row.sample) << row.time;
-        EXPECT_EQ(bytes, row.bytes) << row.time;
+        std::uint32_t sample = 99, bytes = 99;
+        const long position = lBitStreamPosition(row.time, &sample, &bytes);
+        EXPECT_EQ(std::tuple(position, sample, bytes), row.found) << row.time;
     }
     std::uint32_t out = 0;
     analyze("stsc", word(0) + word(1) + word(1) + word(0xFFFFFFFF) + word(1));

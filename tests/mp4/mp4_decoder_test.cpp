@@ -1,6 +1,5 @@
 // Metadata of Apple Lossless files. The platform follows a script; the atoms are in a real file.
 #include <limits>
-#include <thread>
 
 #include "tests/support/atom_builder.h"
 #include "tests/support/mp4_decoder_test.h"
@@ -94,19 +93,6 @@ TEST_F(Mp4DecoderTest, OtherFilesGetNothingFromTheirAtoms) {
     const auto decoder = openDecoder(file);
     std::filesystem::remove(file.path());
     EXPECT_EQ(tags(*decoder), Lines{});
-}
-
-TEST_F(Mp4DecoderTest, DecodersOnTwoThreadsKeepTheirTagsApart) {
-    const test::TemporaryFile first(movie("alac", item("\251nam", 1, "first")));
-    const test::TemporaryFile second(movie("alac", item("\251nam", 1, "second")));
-    const auto readOften = [](SeekableFileDecoder& decoder, const std::string& title) {
-        for (int i = 0; i < 50; ++i) EXPECT_EQ(tags(decoder), Lines{"Title=\"" + title + '"'});
-    };
-    const auto one = openDecoder(first);
-    const auto other = openDecoder(second);
-    std::thread thread([&] { readOften(*one, "first"); });
-    readOften(*other, "second");
-    thread.join();
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "mp4/atom_analysis.h"
 #include "mp4/atom_reader.h"
@@ -35,5 +36,18 @@ class M4aRecordTest : public ::testing::Test {
         return {found.begin(), found.end()};
     }
 };
+
+// How often some of the atoms were found in a file of those bytes.
+inline std::string found(const std::string& bytes) {
+    const test::TemporaryFile file(bytes);
+    EXPECT_EQ(iAnalizeM4aFile(file.path()), 0);
+    std::string text;
+    for (const auto& [name, count] :
+         {std::pair("ftyp", m4a.ftyp.count), std::pair("moov", m4a.moov.count),
+          std::pair("trak", m4a.trak.count), std::pair("mdia", m4a.mdia.count),
+          std::pair("meta", m4a.meta.count), std::pair("stsd", m4a.stsd.count)})
+        if (count > 0) text += (text.empty() ? "" : " ") + (name + (' ' + std::to_string(count)));
+    return text;
+}
 
 }  // namespace atdp

@@ -14,6 +14,25 @@ using scripted::Lines;
 using scripted::platform;
 using scripted::Value;
 
+// One line an entry: Title="text", Track=3, Track=3u for an unsigned number,
+// SrcSampleRate=44100.000000 for a float.
+inline Lines linesOf(const MetadataList& list) {
+    Lines lines;
+    for (const MetadataEntry& entry : list) {
+        std::string text;
+        if (const auto* string = std::get_if<std::string>(&entry.value))
+            text = '"' + *string + '"';
+        else if (const auto* number = std::get_if<std::int64_t>(&entry.value))
+            text = std::to_string(*number);
+        else if (const auto* unsignedNumber = std::get_if<std::uint64_t>(&entry.value))
+            text = std::to_string(*unsignedNumber) + 'u';
+        else
+            text = std::to_string(std::get<float>(entry.value));
+        lines.push_back(entry.key + '=' + text);
+    }
+    return lines;
+}
+
 // A test on an open file. The record of calls starts after the open.
 class MetadataTest : public scripted::ScriptedTest {
  protected:
@@ -35,27 +54,15 @@ class MetadataTest : public scripted::ScriptedTest {
         }
     }
 
+    // What a source adds to the list.
+    template <class Source>
+    Lines readFrom(const Source& source, MetadataList list) const {
+        source(file_, list);
+        return linesOf(list);
+    }
+
     AudioFileID file_ = nullptr;
 };
-
-// One line an entry: Title="text", Track=3, Track=3u for an unsigned number,
-// SrcSampleRate=44100.000000 for a float.
-inline Lines linesOf(const MetadataList& list) {
-    Lines lines;
-    for (const MetadataEntry& entry : list) {
-        std::string text;
-        if (const auto* string = std::get_if<std::string>(&entry.value))
-            text = '"' + *string + '"';
-        else if (const auto* number = std::get_if<std::int64_t>(&entry.value))
-            text = std::to_string(*number);
-        else if (const auto* unsignedNumber = std::get_if<std::uint64_t>(&entry.value))
-            text = std::to_string(*unsignedNumber) + 'u';
-        else
-            text = std::to_string(std::get<float>(entry.value));
-        lines.push_back(entry.key + '=' + text);
-    }
-    return lines;
-}
 
 inline Value dictionary(std::vector<scripted::Entry> entries) {
     return {std::nullopt, std::move(entries)};

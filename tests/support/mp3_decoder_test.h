@@ -6,6 +6,7 @@
 
 #include "decoder/option_keys.h"
 #include "mp3/audio_toolbox_mp3_decoder.h"
+#include "tests/support/failing_malloc.h"
 #include "tests/support/wav_decoder_test.h"
 
 namespace atdp {
@@ -31,6 +32,26 @@ class Mp3DecoderTest : public scripted::ScriptedTest {
         EXPECT_EQ(decoder->openByPath("/music/song.mp3", options), DECODER_RESULT_OK);
         platform().calls.clear();
         return decoder;
+    }
+};
+
+// A change of the delivery format in which something fails.
+struct FailedChange {
+    const char* name;
+    const char* call;
+    int callsBefore;
+    std::size_t memory;  // blocks from this size on are not to be had; 0: all are
+    float rate;
+    std::int32_t channels;  // 0: the rate is what changes
+    std::uint32_t framesPerPacket = 16;
+
+    bool isMade(SeekableFileDecoder& decoder) const {
+        if (*call != '\0') platform().failures[call] = {-36, callsBefore};
+        const scripted::FailingMalloc noMemory(memory > 0 ? memory : SIZE_MAX);
+        const bool changed =
+            channels == 0 ? decoder.setSamplingRate(rate) : decoder.setChannels(channels);
+        platform().failures.clear();
+        return changed;
     }
 };
 

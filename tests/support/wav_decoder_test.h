@@ -53,4 +53,34 @@ inline std::vector<float> room(std::size_t floats, std::int64_t frame, std::uint
     return samples;
 }
 
+// What the platform answers to one call, and what is to come of it.
+struct BadAnswer {
+    const char* name;
+    const char* call;
+    OSStatus status;             // noErr: the size alone is wrong
+    std::uint32_t returnedSize;  // 0: the value's own
+    std::string log;
+    std::string held;  // by the decoder afterwards
+
+    void give() const {
+        if (status != noErr) platform().failures[call] = {status};
+        if (returnedSize != 0) platform().returnedSize[call] = returnedSize;
+    }
+};
+
+// A decoder that never opened or is closed asks the platform for nothing.
+inline void expectNotOpen(SeekableFileDecoder& decoder) {
+    platform().calls.clear();
+    EXPECT_EQ(deliver(decoder, 8), Delivery(-26275, 0, room(8, 0, 0)));
+    EXPECT_EQ(decoder.seek(0), -25291);
+    EXPECT_FALSE(decoder.setSamplingRate(48000));
+    EXPECT_FALSE(decoder.setChannels(1));
+    EXPECT_TRUE(decoder.setBits(32));
+    EXPECT_EQ(decoder.getMetaData(), nullptr);
+    EXPECT_EQ(decoder.getBits(), 32);
+    EXPECT_EQ(decoder.getFormat(), 0x6C70636D);
+    EXPECT_EQ(platform().calls, Lines{});
+    EXPECT_EQ(platform().log, Lines{});
+}
+
 }  // namespace atdp
