@@ -1,4 +1,6 @@
 // Delivery and seeking: counts, the buffer between reads, position and time.
+#include <algorithm>
+
 #include "tests/support/failing_malloc.h"
 #include "tests/support/wav_decoder_test.h"
 
@@ -69,12 +71,11 @@ TEST_F(WavDecoderTest, DummySamplesAreZerosAndMoveNothing) {
     deliver(*decoder, 1000);
     const std::uint64_t time = decoder->getTimestamp();
     std::vector<float> samples(1025, -1.0F);
-    std::vector<float> expected(1024);
-    expected.push_back(-1.0F);
     std::uint32_t count = 1024;
     EXPECT_EQ(decoder->getDummySamples(samples.data(), &count), 0);
     EXPECT_EQ(count, 1024U);
-    EXPECT_EQ(samples, expected);
+    EXPECT_EQ(std::count(samples.begin(), samples.end() - 1, 0.0F), 1024);
+    EXPECT_EQ(samples.back(), -1.0F);
     EXPECT_EQ(decoder->getTimestamp(), time);
     EXPECT_EQ(deliver(*decoder, 2), Delivery(DECODER_RESULT_OK, 2, room(2, 500, 1)));
 }

@@ -93,11 +93,7 @@ TEST_F(Mp3DecoderTest, SeekInFilesOfOneSecondAndLess) {
             EXPECT_EQ(playToTheEnd(*decoder), target == 30 ? "30-" + last : last);
         }
     }
-}
-
-// There is no frame before the end record to go to.
-TEST_F(Mp3DecoderTest, SeekInAnEmptyFileFails) {
-    setFile(0);
+    setFile(0);  // in which there is no frame before the end record to go to
     const auto decoder = openDecoder();
     for (const std::uint64_t time : {std::uint64_t{0}, timeOf(5), ~std::uint64_t{0}}) {
         EXPECT_EQ(decoder->seek(time), DECODER_RESULT_FAILED);
