@@ -14,5 +14,6 @@ add_compile_options(-ffp-contract=off)
 if(ATDP_SANITIZE)
     add_compile_options(-fsanitize=${ATDP_SANITIZE} -fno-sanitize-recover=all
                         -fno-omit-frame-pointer)
+    add_compile_definitions(_GLIBCXX_ASSERTIONS)  # of the standard library's own checks
     add_link_options(-fsanitize=${ATDP_SANITIZE})
 endif()

@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const auto time = input.take<std::uint32_t>();
     const fuzz::MemoryFile file(input.rest());
     fuzz::ReadAllowance allowance;
-    allowance.grant(2 * input.rest().size());  // headers, then bodies
+    allowance.grant(2, file);  // headers, then bodies
     const std::scoped_lock reading(atomReaderLock);
     fuzz::require(iAnalizeM4aFile(file.path()) == 0, "a file that opens is analysed");
     std::uint32_t sample = 0;

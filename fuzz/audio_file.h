@@ -24,6 +24,7 @@ class OpenAudioFile {
         if (file_ != nullptr) require(AudioFileClose(file_) == noErr, "a file can be closed");
     }
 
+    const MemoryFile& bytes() const { return memory_; }
     AudioFileID get() const { return file_; }  // null where nobody recognises it
 
  private:

@@ -6,7 +6,7 @@ Each run counts once:
 
 played          the undamaged file's samples came out
 concealed       as many samples came out, but not the same
-played in part  another number of samples came out
+another length  another number of samples came out
 refused         exit code 1, with a message
 CRASHED         a signal, another exit code, or no message; so end sanitized builds that find a bug
 SLOW            ten times the processor time of the undamaged file, or the time limit
@@ -26,7 +26,7 @@ from make_seeds import ROOT, ape, id3, id3v1
 
 ROUNDS = int(os.environ.get("ROUNDS", "40"))
 FINDINGS = ROOT / "build" / "findings"
-OUTCOMES = ("played", "concealed", "played in part", "refused", "CRASHED", "SLOW")
+OUTCOMES = ("played", "concealed", "another length", "refused", "CRASHED", "SLOW")
 TIME_LIMIT = 60  # in seconds on the clock
 LEAST_TIME = 0.02  # in seconds: an undamaged file that takes less is counted as taking this
 ENVIRONMENT = os.environ | {
@@ -131,7 +131,7 @@ def outcome(decoding, whole):
     if decoding.code == 1:
         return "refused"
     if len(decoding.samples) != len(whole.samples):
-        return "played in part"
+        return "another length"
     return "played" if decoding.samples == whole.samples else "concealed"
 
 

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "fuzz/contract.h"
+#include "fuzz/memory_file.h"
 
 namespace atdp::fuzz {
 
@@ -31,6 +32,10 @@ inline constexpr std::uint64_t kReadsToOpen = 10;
 inline constexpr std::uint64_t kReadsOfTags = 10;
 inline constexpr std::uint64_t kReadsOfSeek = 4;
 
+// The packets of an MPEG-4 file may lie scattered, with 8 bytes of its tables for each, and behind
+// a jump 2 KB are read. So much more each kind of work may cost there.
+inline constexpr std::uint64_t kScattered = 2048 / 8;
+
 // From its making to its end no more may be read than the allowance grants.
 class ReadAllowance {
  public:
@@ -41,7 +46,9 @@ class ReadAllowance {
         require(bytesReadSoFar() - start_ <= granted_, "what is read is in proportion to the work");
     }
 
-    void grant(std::uint64_t bytes) { granted_ += bytes; }
+    void grant(std::uint64_t reads, const MemoryFile& file) {
+        granted_ += reads * file.size() * (file.has("moov") ? kScattered : 1);
+    }
 
  private:
     std::uint64_t start_;

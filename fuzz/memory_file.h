@@ -4,8 +4,11 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "fuzz/contract.h"
 
@@ -13,7 +16,9 @@ namespace atdp::fuzz {
 
 class MemoryFile {
  public:
-    explicit MemoryFile(std::span<const std::uint8_t> bytes) : file_(::memfd_create("input", 0)) {
+    // The bytes must outlive it.
+    explicit MemoryFile(std::span<const std::uint8_t> bytes)
+        : bytes_(bytes), file_(::memfd_create("input", 0)) {
         require(file_ >= 0, "a file in memory can be made");
         const auto written = ::write(file_, bytes.data(), bytes.size());
         require(written == static_cast<ssize_t>(bytes.size()), "a file in memory can be filled");
@@ -23,8 +28,14 @@ class MemoryFile {
     ~MemoryFile() { ::close(file_); }
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(file_); }
+    std::uint64_t size() const { return bytes_.size(); }
+
+    bool has(std::string_view text) const {
+        return std::search(bytes_.begin(), bytes_.end(), text.begin(), text.end()) != bytes_.end();
+    }
 
  private:
+    std::span<const std::uint8_t> bytes_;
     int file_;
 };
 

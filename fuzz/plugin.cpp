@@ -28,12 +28,12 @@ constexpr float kUntouched = 12345.0F;
 // A host that knows at any time what the decoder must answer.
 class Host {
  public:
-    Host(const DecoderClass& decoderClass, std::string path, std::uint64_t fileBytes)
-        : decoder_(decoderClass.make()), path_(std::move(path)), fileBytes_(fileBytes) {}
+    Host(const DecoderClass& decoderClass, const fuzz::MemoryFile& file)
+        : decoder_(decoderClass.make()), file_(file) {}
 
     void call(fuzz::Input& input) {
         fuzz::ReadAllowance allowance;
-        allowance.grant(fuzz::kReadsToOpen * fileBytes_);
+        allowance.grant(fuzz::kReadsToOpen, file_);
         switch (input.take<std::uint8_t>() % 11) {
             case 0:
                 return open(input.take<std::uint8_t>());
@@ -63,8 +63,9 @@ class Host {
         const Options options{
             {DECODER_OPTION_KEY_MP3_THREASHOLD_DB, -static_cast<double>(threshold)}};
         // A file whose first second cannot be read stays open.
-        const bool opened = decoder_->openByPath(path_, threshold == 0 ? nullptr : &options) !=
-                            DECODER_RESULT_FAILED;
+        const bool opened =
+            decoder_->openByPath(file_.path(), threshold == 0 ? nullptr : &options) !=
+            DECODER_RESULT_FAILED;
         fuzz::require(!opened || !wasOpened_, "an open decoder is not opened again");
         if (!opened) return;
         wasOpened_ = isOpen_ = true;
@@ -79,7 +80,7 @@ class Host {
         fuzz::require(got <= count, "no more samples than asked for");
         // A remainder that makes no whole frame stays in the count, and is not written.
         const auto frameSamples = static_cast<std::uint32_t>(std::max(decoder_->getChannels(), 1));
-        fuzz::require(std::all_of(samples.begin() + got, samples.end(),
+        fuzz::require(std::all_of(samples.begin() + got - got % frameSamples, samples.end(),
                                   [](float sample) { return sample == kUntouched; }),
                       "nothing is written behind what is counted");
         fuzz::require(got % frameSamples == 0 || got % frameSamples == count % frameSamples,
@@ -153,8 +154,7 @@ class Host {
     }
 
     std::unique_ptr<SeekableFileDecoder> decoder_;
-    std::string path_;
-    std::uint64_t fileBytes_;
+    const fuzz::MemoryFile& file_;
     bool wasOpened_ = false;
     bool isOpen_ = false;
     std::uint64_t position_ = 0;  // in frames delivered, as the interface counts them
@@ -180,7 +180,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                                            &AudioToolboxMP4Decoder::decoderClass()};
     const DecoderClass* chosen = classes[kind % 4];
     if (chosen == nullptr) return 0;
-    Host host(*chosen, file.path(), input.rest().size() - callBytes);
+    Host host(*chosen, file);
     for (std::uint8_t i = 0; i < kMostCalls && !order.isEmpty(); ++i) host.call(order);
     return 0;
 }

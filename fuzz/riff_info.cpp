@@ -31,9 +31,9 @@ std::string waveWith(std::string_view chunk, std::string_view text) {
 void readChunk(std::string_view chunk, std::string_view text) {
     const std::string bytes = waveWith(chunk, text);
     fuzz::ReadAllowance allowance;
-    allowance.grant(fuzz::kReadsOfTags * bytes.size());
     const fuzz::OpenAudioFile file(
         {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+    allowance.grant(fuzz::kReadsOfTags, file.bytes());
     fuzz::require(file.get() != nullptr, "the file around the text opens");
     MetadataList list;
     checkMetaDataAsWavFile(file.get(), list);

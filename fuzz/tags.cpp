@@ -41,8 +41,8 @@ void readInformation(AudioFileID file) {
 
 void readTags(std::span<const std::uint8_t> bytes) {
     fuzz::ReadAllowance allowance;
-    allowance.grant(fuzz::kReadsOfTags * bytes.size());
     const fuzz::OpenAudioFile file(bytes);
+    allowance.grant(fuzz::kReadsOfTags, file.bytes());
     if (file.get() == nullptr) return;
     readInformation(file.get());
     MetadataList list;

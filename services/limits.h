@@ -51,9 +51,11 @@ inline constexpr std::uint32_t kMinCommonPacketBytes = 8;
 // can hold packets of a few bytes each.
 inline constexpr std::uint64_t kMaxPackets = 16 * 1024 * 1024;
 
-// The largest packet of free-format MPEG audio: nearly three times the largest that a stated bit
-// rate gives, 2,880 bytes.
-inline constexpr std::uint32_t kMaxFreeFormatBytes = 8 * 1024;
+// Packets of free-format MPEG audio: the largest is what libmpg123 takes, more than the largest that
+// a stated bit rate gives, 2,880 bytes; the smallest has some bytes of sound behind the longest side
+// information.
+inline constexpr std::uint32_t kMinFreeFormatBytes = 54;
+inline constexpr std::uint32_t kMaxFreeFormatBytes = 3'456;
 
 // Bytes kept at hand behind a place that may be a frame, so that the frames which must follow it
 // are looked at without reading back and forth.

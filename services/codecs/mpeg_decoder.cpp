@@ -5,33 +5,30 @@
 #include <algorithm>
 #include <cstring>
 
-#include "services/codecs/mpeg_header.h"
 #include "services/codecs/mpeg_side_info.h"
 #include "services/limits.h"
 
 namespace atdp::services {
 namespace {
 
-// Packets after which the library's filterbank stands as at the start: 16 positions, of which a
-// packet of 1152 frames takes 36, one of 576 takes 18 and one of 384 takes 12.
-constexpr std::uint64_t kFilterbankPeriodPackets = 8;
+// Packets after which the library's filterbank stands as at the start. It has 16 positions, of
+// which a packet of 1152 frames takes 36, one of 576 takes 18 and one of 384 takes 12.
+std::uint64_t filterbankPeriod(std::uint32_t framesPerPacket) {
+    return framesPerPacket == 576 ? 8 : 4;
+}
 
-// Packets before the wanted one that have to come out right themselves: the transform of one
-// overlaps the next, and the filterbank remembers 480 frames.
-constexpr std::uint64_t kMemoryPackets = 2;
-
-// Packets that are looked at for the bits that one reaches back for, 511 bytes at most: hardly a
-// packet has less than a byte to give.
-constexpr std::uint64_t kMaxReservoirPackets = 512;
+// Packets before the wanted one that have to be decoded too. The transform of a granule overlaps
+// the one before it, and the filterbank remembers 480 frames: the second granule of a packet of
+// 1152 comes out right whatever was before the packet, but a packet of 576 or 384 is not enough.
+std::uint64_t memoryPackets(std::uint32_t framesPerPacket) {
+    return framesPerPacket == 1152 ? 1 : 2;
+}
 
 // Padding included.
 constexpr std::size_t kMaxPacketBytes = kMaxFreeFormatBytes + 4;
 
-constexpr std::size_t kGranuleFrames = 576;
-
-// Packets handed over ahead of the one to be decoded. Only free format needs any: the library
-// measures its packets by the distance to the next header.
-constexpr std::uint64_t kMaxPacketsAhead = 3;
+// Frames that the filterbank makes at a time.
+constexpr std::size_t kBlockFrames = 32;
 
 // What a packet adds to the reservoir.
 std::uint64_t soundBytes(const MpegHeader& header, std::uint64_t packetBytes) {
@@ -47,8 +44,8 @@ std::uint64_t leastSoundBytes(const MpegHeader& stream, std::uint64_t packetByte
     return soundBytes(header, packetBytes);
 }
 
-bool isSound(const float* samples, std::size_t count) {
-    return std::any_of(samples, samples + count, [](float sample) { return sample != 0; });
+bool isSilence(const float* samples, std::size_t count) {
+    return std::all_of(samples, samples + count, [](float sample) { return sample == 0; });
 }
 
 bool configure(mpg123_handle* handle, std::uint32_t rate, std::uint32_t channels,
@@ -120,6 +117,8 @@ MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
     : blocks_(std::move(source), kReadBlockBytes),
       stream_(std::move(stream)),
       channels_(channels),
+      memoryPackets_(memoryPackets(framesPerPacket)),
+      filterbankPeriod_(filterbankPeriod(framesPerPacket)),
       samplesPerPacket_(std::size_t{framesPerPacket} * channels),
       handle_(std::move(handle)),
       silence_(kMaxPacketBytes),
@@ -128,20 +127,10 @@ MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
 
 MpegDecoder::~MpegDecoder() = default;
 
-// Where an undecodable packet is met on the way, the way is gone again without it.
 bool MpegDecoder::decode(std::uint64_t packet, float* samples) {
-    for (;;) {
-        const std::size_t known = undecodable_.size();
-        if (!decodeAsKnown(packet, samples)) return false;
-        if (undecodable_.size() == known) return true;
-        isOpen_ = false;
-    }
-}
-
-bool MpegDecoder::decodeAsKnown(std::uint64_t packet, float* samples) {
     const bool goesOn =
-        isOpen_ && nextPacket_ <= packet && packet - nextPacket_ <= kFilterbankPeriodPackets;
-    if (!goesOn && !restartBefore(packet)) return false;
+        isOpen_ && nextPacket_ <= packet && packet - nextPacket_ <= memoryPackets_ + 1;
+    if (!goesOn && !restart(packet - std::min(packet, memoryPackets_))) return false;
     while (nextPacket_ < packet)
         if (!decodeNext(unused_.data())) return false;
     return decodeNext(samples);
@@ -158,68 +147,79 @@ Result<Bytes> MpegDecoder::packetBytes(std::uint64_t packet) {
 
 // Channels of a packet as it is decoded; 0 where it cannot be read.
 std::uint32_t MpegDecoder::channelsOf(std::uint64_t packet) {
+    if (packet < nextToFeed_) return channelsFed_[packet % channelsFed_.size()];
     const auto bytes = packetBytes(packet);
     if (!bytes) return 0;
     const auto header = parseMpegHeader(*bytes);
     return header && header->agreesWith(header_) ? header->channels() : header_.channels();
 }
 
-// Starts the library anew, at a packet early enough that `packet` comes out as in a straight run.
-bool MpegDecoder::restartBefore(std::uint64_t packet) {
-    return restart(packet - std::min(packet, kMemoryPackets));
-}
-
 // Starts the library anew, so that it decodes `packet` next: with the bits at hand that this one
 // reaches back for, and with its filterbank where it stands in a straight run. Only a fresh open
 // clears the filterbank.
 bool MpegDecoder::restart(std::uint64_t packet) {
+    const bool hasReservoir = isOpen_ && packet == nextToFeed_;
     isOpen_ = false;
+    if (!hasReservoir && !fillReservoir(packet)) return false;
+    if (mpg123_close(handle_.get()) != MPG123_OK || mpg123_open_feed(handle_.get()) != MPG123_OK)
+        return false;
     nextPacket_ = packet;
     nextToFeed_ = packet;
     packetsAhead_ = 0;
-    carriers_ = 0;
-    carriersFed_ = 0;
     previousChannels_ = 0;
-    endsInSound_ = false;
-    isOpen_ = mpg123_close(handle_.get()) == MPG123_OK &&
-              mpg123_open_feed(handle_.get()) == MPG123_OK && fillReservoir(packet) &&
-              decodeCarriers();
+    endsInSilence_ = false;
+    isOpen_ = decodeCarriers();
     return isOpen_;
 }
 
 // Gathers what the packets before `packet` leave in the reservoir.
 bool MpegDecoder::fillReservoir(std::uint64_t packet) {
-    reservoir_.clear();
-    reservoirBytes_ = 0;
+    reservoir_ = MpegReservoir(maxReservoirBytes(header_));
     if (header_.layer != 3) return true;
     std::uint64_t first = packet;
     std::uint64_t found = 0;
-    while (first > 0 && found < maxReservoirBytes(header_) && packet - first < kMaxReservoirPackets)
-        found += leastSoundBytes(header_, stream_->packets[--first].bytes());
-    for (; first < packet; ++first) {
-        const auto bytes = packetToFeed(first);
-        if (!bytes) return false;
-        const auto sound = bytes->last(soundBytes(*parseMpegHeader(*bytes), bytes->size()));
-        reservoir_.insert(reservoir_.end(), sound.begin(), sound.end());
+    while (first > 0 && found < MpegReservoir::kBytes && packet - first < MpegReservoir::kPackets) {
+        // What is no packet of the stream will be replaced by silence.
+        const std::size_t bytes = stream_->packets[--first].bytes();
+        found += leastSoundBytes(header_, std::min(bytes, silence_.size()));
     }
-    if (soundBytes(carrierHeader_, carrier_.size()) == 0)
-        reservoirBytes_ = 0;  // nothing carries it
-    // What nobody can reach back for need not be carried.
-    reservoir_.erase(reservoir_.begin(), reservoir_.end() - reservoirBytes_);
+    for (; first < packet; ++first)
+        if (!packetToFeed(first)) return false;
     return true;
 }
 
 // Begins with packets of silence: as many as bring the filterbank to where it stands at the next
-// packet and have room for the reservoir.
+// packet and have room for the reservoir. By the first two of free format the library measures the
+// packets, so nothing that could look like a header may be in the first.
 bool MpegDecoder::decodeCarriers() {
     const std::uint64_t room = soundBytes(carrierHeader_, carrier_.size());
-    carriers_ = nextPacket_ % kFilterbankPeriodPackets;
-    while (carriers_ * room < reservoir_.size()) carriers_ += kFilterbankPeriodPackets;
+    const std::uint64_t empty = stream_->freeFormatBytes != 0 ? 1 : 0;
+    carriers_ = nextPacket_ % filterbankPeriod_;
+    while (carriers_ < 2 * empty || (carriers_ - empty) * room < reservoir_.reach())
+        carriers_ += filterbankPeriod_;
+    carriersFed_ = 0;
     for (std::uint64_t i = 0; i < carriers_; ++i) {
         const unsigned char* decoded = nullptr;
-        if (decodeFed(&decoded) != Outcome::kSound) return false;
+        if (decodeFed(&decoded) == Outcome::kFailure) return false;
     }
     return true;
+}
+
+// A packet of silence with its share of the reservoir, which ends where the last carrier ends.
+Bytes MpegDecoder::carrier(std::uint64_t number) {
+    const auto whole = std::span(mended_).first(carrier_.size());
+    std::copy(carrier_.begin(), carrier_.end(), whole.begin());
+    if (header_.layer != 3) return whole;
+    const std::uint64_t room = soundBytes(carrierHeader_, whole.size());
+    const std::uint64_t before = number * room;
+    blankSideInfo(carrierHeader_, whole,
+                  static_cast<std::uint32_t>(
+                      std::min<std::uint64_t>(before, maxReservoirBytes(carrierHeader_))));
+    const Bytes reservoir = reservoir_.bytes();
+    const std::uint64_t zeros = carriers_ * room - reservoir.size();  // in front of it
+    for (std::uint64_t at = std::max(zeros, before); at < before + room; ++at)
+        whole[whole.size() - room + at - before] = reservoir[at - zeros];
+    return whole;
 }
 
 // Hands the library what is next; behind the last packet, a header, by which it measures the last
@@ -236,22 +236,8 @@ bool MpegDecoder::feedNext() {
 Result<Bytes> MpegDecoder::packetToFeed(std::uint64_t packet) {
     const auto bytes = packetBytes(packet);
     if (!bytes) return bytes;
-    return mended(*bytes, std::binary_search(undecodable_.begin(), undecodable_.end(), packet));
-}
-
-// A packet of silence with its share of the reservoir, which ends where the last carrier ends.
-Bytes MpegDecoder::carrier(std::uint64_t number) {
-    const auto whole = std::span(mended_).first(carrier_.size());
-    std::copy(carrier_.begin(), carrier_.end(), whole.begin());
-    if (header_.layer != 3) return whole;
-    const std::uint64_t room = soundBytes(carrierHeader_, whole.size());
-    const std::uint64_t before = number * room;
-    blankSideInfo(carrierHeader_, whole,
-                  static_cast<std::uint32_t>(
-                      std::min<std::uint64_t>(before, maxReservoirBytes(carrierHeader_))));
-    const std::uint64_t zeros = carriers_ * room - reservoir_.size();  // in front of it
-    for (std::uint64_t at = std::max(zeros, before); at < before + room; ++at)
-        whole[whole.size() - room + at - before] = reservoir_[at - zeros];
+    const Bytes whole = mended(*bytes);
+    channelsFed_[packet % channelsFed_.size()] = parseMpegHeader(whole)->channels();
     return whole;
 }
 
@@ -260,71 +246,62 @@ bool MpegDecoder::feedBytes(Bytes bytes) {
                        bytes.size()) == MPG123_OK;
 }
 
-// The packet as the library gets it. It gives up half-way on a packet that it cannot decode, and
-// its filterbank is then out of step for the rest of the run; so it is not given such a packet, or
-// not again.
-//
-// What is no packet of the stream is replaced by silence. One that the stream cuts short is filled
-// up with zeros. And a layer III packet whose side information is damaged, or whose bits start
-// before those that the library was given or before those of the packet before it, has its side
-// information blanked, which makes it silence that still fills the reservoir. So has one that is to
-// be silent.
-Bytes MpegDecoder::mended(Bytes packet, bool isSilent) {
+// The packet as the library gets it. What is no packet of the stream is replaced by silence. One
+// that the stream cuts short is filled up with zeros. And a layer III packet whose side information
+// is damaged, or whose bits start before those at hand, has its side information blanked, which
+// makes it silence that still fills the reservoir.
+Bytes MpegDecoder::mended(Bytes packet) {
     const auto header = parseMpegHeader(packet);
     const bool isOurs = header && header->agreesWith(header_);
-    if (!isOurs || (isSilent && header->layer != 3)) packet = silence_;
-    const MpegHeader stated = *parseMpegHeader(packet);
+    if (!isOurs) packet = silence_;
+    const MpegHeader stated = isOurs ? *header : header_;
     const std::uint32_t statedBytes = stated.packetBytes(stream_->freeFormatBytes);
+    if (statedBytes != packet.size()) packet = filledUp(packet).first(statedBytes);
+    if (stated.layer != 3) return packet;
+
     const std::uint64_t ownBytes = soundBytes(stated, statedBytes);
-    bool isSound = isOurs && !isSilent;
-    if (stated.layer == 3) {
-        const MpegSideInfo info = parseMpegSideInfo(stated, packet);
-        isSound = isSound && info.isLegal && info.reservoirBytes <= reservoirBytes_ &&
-                  info.soundBits <= 8 * (info.reservoirBytes + ownBytes);
-        if (isSound) reservoirBytes_ = info.reservoirBytes;  // nobody reaches behind this one
+    const MpegSideInfo info = parseMpegSideInfo(stated, packet);
+    const bool isSound = isOurs && info.isLegal && info.reservoirBytes <= reservoir_.reach() &&
+                         info.soundBits <= 8 * (info.reservoirBytes + ownBytes);
+    if (!isSound) {
+        packet = filledUp(packet).first(statedBytes);
+        blankSideInfo(stated, mended_, reservoir_.reach());
     }
-    if (!isSound || statedBytes != packet.size()) {
-        packet = packet.first(std::min(packet.size(), mended_.size()));
-        std::fill(std::copy(packet.begin(), packet.end(), mended_.begin()), mended_.end(),
-                  std::byte{0});
-        if (stated.layer == 3 && !isSound) blankSideInfo(stated, mended_, reservoirBytes_);
-        packet = Bytes(mended_).first(statedBytes);
-    }
-    reservoirBytes_ = static_cast<std::uint32_t>(
-        std::min<std::uint64_t>(reservoirBytes_ + ownBytes, maxReservoirBytes(stated)));
+    reservoir_.add(packet.last(ownBytes), isSound ? info.reservoirBytes : reservoir_.reach());
     return packet;
 }
 
-// The library gives up on a granule whose bits make no sense, and on the packet with it, leaving
-// zeros and its filterbank out of step. Sound never ends so at once: the transform overlaps.
-bool MpegDecoder::breaksOff(const float* samples) const {
-    if (header_.layer != 3) return false;
-    bool afterSound = endsInSound_;
-    for (std::size_t at = 0; at < samplesPerPacket_; at += kGranuleFrames * channels_) {
-        if (afterSound && !isSound(samples + at, samplesPerPacket_ - at)) return true;
-        afterSound = isSound(samples + at + (kGranuleFrames - 1) * channels_, channels_);
-    }
-    return false;
+// The packet in a buffer of our own, with zeros behind it.
+Bytes MpegDecoder::filledUp(Bytes packet) {
+    packet = packet.first(std::min(packet.size(), mended_.size()));
+    if (packet.data() != mended_.data()) std::copy(packet.begin(), packet.end(), mended_.begin());
+    const auto behind = std::span(mended_).subspan(packet.size());
+    std::fill(behind.begin(), behind.end(), std::byte{0});
+    return mended_;
 }
 
-void MpegDecoder::rememberUndecodable(std::uint64_t packet) {
-    const auto place = std::lower_bound(undecodable_.begin(), undecodable_.end(), packet);
-    const bool isKnown = place != undecodable_.end() && *place == packet;
-    if (!isKnown) undecodable_.insert(place, packet);
-}
-
-// Decodes the next packet. While packets are mono, the library keeps what the second channel played
-// last, however long ago: where stereo begins again, that channel begins from silence.
+// Where mono ends, the library would go on with what the second channel played last, however long
+// ago. And a packet that it cannot decode it leaves half-way, or before it has begun: what is
+// missing is zeros, and its filterbank is out of step from then on. A packet that ends in zeros may
+// be such a one; where it is silence indeed, there is nothing to be lost by starting anew.
 bool MpegDecoder::decodeNext(float* samples) {
-    const std::uint32_t channels = channelsOf(nextPacket_);
-    if (previousChannels_ == 1 && channels == 2) {
-        const std::uint64_t packet = nextPacket_;
-        if (!restartBefore(packet)) return false;
-        while (nextPacket_ < packet)
-            if (!decodeInStep(unused_.data())) return false;
+    const bool stereoBegins = previousChannels_ == 1 && channelsOf(nextPacket_) == 2;
+    if ((stereoBegins || endsInSilence_) && !restart(nextPacket_)) return false;
+
+    const unsigned char* decoded = nullptr;
+    const Outcome outcome = decodeFed(&decoded);
+    if (outcome == Outcome::kFailure) {
+        isOpen_ = false;  // what was fed is not known any more
+        return false;
     }
-    if (!decodeInStep(samples)) return false;
-    previousChannels_ = channels;
+    if (outcome == Outcome::kSound)
+        std::memcpy(samples, decoded, samplesPerPacket_ * sizeof(float));
+    else
+        std::fill_n(samples, samplesPerPacket_, 0.0F);
+    const std::size_t block = kBlockFrames * channels_;
+    endsInSilence_ = isSilence(samples + samplesPerPacket_ - block, block);
+    previousChannels_ = channelsFed_[nextPacket_ % channelsFed_.size()];
+    ++nextPacket_;
     return true;
 }
 
@@ -337,7 +314,8 @@ MpegDecoder::Outcome MpegDecoder::decodeFed(const unsigned char** decoded) {
     int status = MPG123_NEED_MORE;
     while (status == MPG123_NEED_MORE || status == MPG123_NEW_FORMAT) {
         if (status == MPG123_NEED_MORE) {
-            if (packetsAhead_ > (looksAhead ? kMaxPacketsAhead : 0) || nextToFeed_ >= end) break;
+            const bool isAllFed = carriersFed_ == carriers_ && nextToFeed_ >= end;
+            if (isAllFed || packetsAhead_ > (looksAhead ? kMaxPacketsAhead : 0)) break;
             if (!feedNext()) return Outcome::kFailure;
         }
         off_t number = 0;
@@ -348,25 +326,6 @@ MpegDecoder::Outcome MpegDecoder::decodeFed(const unsigned char** decoded) {
     *decoded = samples;
     const bool isWhole = status == MPG123_OK && sampleBytes == samplesPerPacket_ * sizeof(float);
     return isWhole ? Outcome::kSound : Outcome::kNonsense;
-}
-
-// What the library cannot make sense of is silence.
-bool MpegDecoder::decodeInStep(float* samples) {
-    const unsigned char* decoded = nullptr;
-    const Outcome outcome = decodeFed(&decoded);
-    if (outcome == Outcome::kFailure) {
-        isOpen_ = false;  // what was fed is not known any more
-        return false;
-    }
-    ++nextPacket_;
-    if (outcome == Outcome::kNonsense) {
-        std::fill_n(samples, samplesPerPacket_, 0.0F);
-        return restart(nextPacket_);  // the library may have stopped anywhere in what it was fed
-    }
-    std::memcpy(samples, decoded, samplesPerPacket_ * sizeof(float));
-    if (breaksOff(samples)) rememberUndecodable(nextPacket_ - 1);
-    endsInSound_ = isSound(samples + samplesPerPacket_ - channels_, channels_);
-    return true;
 }
 
 }  // namespace atdp::services

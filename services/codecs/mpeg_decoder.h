@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <vector>
 
 #include "services/codecs/mpeg_header.h"
 #include "services/codecs/mpeg_packets.h"
+#include "services/codecs/mpeg_reservoir.h"
 #include "services/codecs/packet_decoder.h"
 #include "services/io/block_reader.h"
 #include "services/result.h"
@@ -18,14 +20,13 @@ namespace atdp::services {
 //
 // A packet's samples depend on packets before it: layer III takes bits from a reservoir that they
 // filled, overlaps its transform with theirs, and all layers have a filterbank with a memory. To
-// decode a packet out of order, the library is started anew two packets earlier, behind packets of
-// silence (carriers) that hold the reservoir and bring the filterbank to where it stands in a
+// decode a packet out of order, the library is started anew a packet or two earlier, behind packets
+// of silence (carriers) that hold the reservoir and bring the filterbank to where it stands in a
 // straight run, whose samples then come out bit for bit.
 class MpegDecoder final : public PacketDecoder {
  public:
-    // All packets are delivered with the channel count of the
-    // first. kUnsupportedFormat when the library is not to be had, kUnreadable when the first
-    // packet is not.
+    // All packets are delivered with the channel count of the first. kUnsupportedFormat when the
+    // library is not to be had, kUnreadable when the first packet is not.
     static Result<std::unique_ptr<PacketDecoder>> make(std::shared_ptr<ByteSource> source,
                                                        std::shared_ptr<const MpegPackets> stream,
                                                        std::uint32_t rate, std::uint32_t channels,
@@ -35,6 +36,10 @@ class MpegDecoder final : public PacketDecoder {
     bool decode(std::uint64_t packet, float* samples) override;
 
  private:
+    // Packets handed over ahead of the one to be decoded. Only free format needs any: the library
+    // measures its packets by the distance to the next header.
+    static constexpr std::uint64_t kMaxPacketsAhead = 3;
+
     struct HandleDelete {
         void operator()(mpg123_handle_struct* handle) const;
     };
@@ -45,47 +50,44 @@ class MpegDecoder final : public PacketDecoder {
 
     enum class Outcome { kSound, kNonsense, kFailure };
 
-    bool decodeAsKnown(std::uint64_t packet, float* samples);
     bool makeSilence();
     void makeCarrier();
     Result<Bytes> packetBytes(std::uint64_t packet);
     std::uint32_t channelsOf(std::uint64_t packet);
     bool restart(std::uint64_t packet);
-    bool restartBefore(std::uint64_t packet);
     bool fillReservoir(std::uint64_t packet);
     bool decodeCarriers();
+    Bytes carrier(std::uint64_t number);
     bool feedNext();
     bool feedBytes(Bytes bytes);
     Result<Bytes> packetToFeed(std::uint64_t packet);
-    Bytes mended(Bytes packet, bool isSilent);
-    Bytes carrier(std::uint64_t number);
+    Bytes mended(Bytes packet);
+    Bytes filledUp(Bytes packet);
     bool decodeNext(float* samples);
-    bool decodeInStep(float* samples);
     Outcome decodeFed(const unsigned char** decoded);
-    bool breaksOff(const float* samples) const;
-    void rememberUndecodable(std::uint64_t packet);
 
     BlockReader blocks_;
     std::shared_ptr<const MpegPackets> stream_;
     std::uint32_t channels_;
+    std::uint64_t memoryPackets_;
+    std::uint64_t filterbankPeriod_;
     std::size_t samplesPerPacket_;
     Handle handle_;
     MpegHeader header_{};             // of the first packet
     std::vector<std::byte> silence_;  // a packet
     MpegHeader carrierHeader_{};
-    std::vector<std::byte> carrier_;          // a packet of silence, with room for the reservoir
-    std::vector<std::byte> mended_;           // a packet that cannot be handed over as it is
-    std::vector<float> unused_;               // samples of packets decoded on the way to another
-    std::vector<std::uint64_t> undecodable_;  // packets that the library gave up on, in order
-    std::vector<std::byte> reservoir_;        // what the carriers hold
-    std::uint64_t carriers_ = 0;              // with which the library was started
+    std::vector<std::byte> carrier_;  // a packet of silence, with room for the reservoir
+    std::vector<std::byte> mended_;   // a packet that cannot be handed over as it is
+    std::vector<float> unused_;       // samples of packets decoded on the way to another
+    MpegReservoir reservoir_;         // before nextToFeed_
+    std::uint64_t carriers_ = 0;      // with which the library was started
     std::uint64_t carriersFed_ = 0;
-    std::uint64_t nextPacket_ = 0;        // that decodeNext decodes
-    std::uint64_t nextToFeed_ = 0;        // ahead of nextPacket_ where the library looks ahead
-    std::uint64_t packetsAhead_ = 0;      // carriers and packets fed and not yet decoded
+    std::uint64_t nextPacket_ = 0;    // that decodeNext decodes
+    std::uint64_t nextToFeed_ = 0;    // ahead of nextPacket_ where the library looks ahead
+    std::uint64_t packetsAhead_ = 0;  // carriers and packets fed and not yet decoded
+    std::array<std::uint32_t, kMaxPacketsAhead + 1> channelsFed_{};  // of the last packets fed
     std::uint32_t previousChannels_ = 0;  // of the packet before nextPacket_; 0: not decoded
-    bool endsInSound_ = false;            // that packet's last frame
-    std::uint32_t reservoirBytes_ = 0;    // before nextToFeed_, that a packet may reach back for
+    bool endsInSilence_ = false;          // that packet
     bool isOpen_ = false;
 };
 

@@ -29,7 +29,8 @@ std::uint32_t freeFormatBytes(const MpegHeader& header, const std::vector<Packet
     if (!header.isFreeFormat() || places.empty()) return 0;
     const std::uint32_t bytes = places.front().bytes();
     const std::uint32_t padding = header.padded ? header.paddingBytes() : 0;
-    return bytes > padding && bytes <= kMaxFreeFormatBytes ? bytes - padding : 0;
+    const bool isPossible = bytes >= kMinFreeFormatBytes + padding && bytes <= kMaxFreeFormatBytes;
+    return isPossible ? bytes - padding : 0;
 }
 
 // The packets that are frames of the stream and hold sound.

@@ -99,8 +99,8 @@ Result<std::optional<MpegScanner::Found>> MpegScanner::findStream(std::uint64_t 
 // The distance to the next free-format header, less the padding; 0 when none is near.
 Result<std::uint32_t> MpegScanner::measureFreeFormat(std::uint64_t offset,
                                                      const MpegHeader& header) {
-    // No frame is shorter than its own side information.
-    const std::uint64_t nearest = offset + header.sideInfoOffset() + header.sideInfoBytes();
+    const std::uint32_t padding = header.padded ? header.paddingBytes() : 0;
+    const std::uint64_t nearest = offset + kMinFreeFormatBytes + padding;
     std::uint64_t next = offset + MpegHeader::kBytes;
     const std::uint64_t end = std::min(range_.end(), offset + kMaxFreeFormatBytes);
     for (;; ++next) {
@@ -113,7 +113,6 @@ Result<std::uint32_t> MpegScanner::measureFreeFormat(std::uint64_t offset,
         const auto found = parseMpegHeader(*bytes);
         if (!found || !found->agreesWith(header)) continue;
         if (next < nearest || ++freeFormatTries_ > kMaxFreeFormatTries) return 0U;
-        const std::uint32_t padding = header.padded ? header.paddingBytes() : 0;
         const MpegStream stream{header, static_cast<std::uint32_t>(next - offset) - padding};
         const auto starts = startsStream(offset, stream);
         if (!starts) return starts.failure();

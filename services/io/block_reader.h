@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -11,7 +12,7 @@
 namespace atdp::services {
 
 // Looks at a source through a block that it reads ahead, for readers that go forward in small
-// steps.
+// steps. Behind a jump little is read at first, and more the longer they go on.
 class BlockReader {
  public:
     BlockReader(std::shared_ptr<ByteSource> source, std::size_t blockBytes)
@@ -25,8 +26,12 @@ class BlockReader {
             offset >= held_.offset && offset <= held_.end() &&
             (leastBytes <= held_.end() - offset || held_.end() >= source_->sizeBytes());
         if (!held) {
+            const bool goesOn = offset >= held_.offset && offset <= held_.end();
+            const std::size_t wanted = goesOn ? 4 * held_.bytes : kBytesAfterJump;
             held_ = {};
-            const auto got = source_->readUntilFailure(offset, block_);
+            const auto got = source_->readUntilFailure(
+                offset,
+                std::span(block_).first(std::min(std::max(wanted, leastBytes), block_.size())));
             if (!got) return got.failure();
             held_ = {offset, *got};
         }
@@ -40,6 +45,8 @@ class BlockReader {
     }
 
  private:
+    static constexpr std::size_t kBytesAfterJump = 2048;
+
     std::shared_ptr<ByteSource> source_;
     std::vector<std::byte> block_;
     ByteRange held_;  // what block_ holds
