@@ -11,6 +11,7 @@ namespace {
 constexpr std::uint32_t kListType = fourCharCode("LIST");
 constexpr std::uint32_t kCodeBytes = 4;
 constexpr std::uint32_t kHeaderBytes = 8;
+constexpr std::size_t kMaxTextBytes = 1024 * 1024;  // more than any screen shows
 
 std::uint32_t codeAt(const std::uint8_t* bytes) {
     return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 |
@@ -24,7 +25,8 @@ std::uint32_t dataBytesOf(const std::uint8_t* chunk) {
 
 // All of the data has a say in the encoding; the text ends before the first NUL, or with the data.
 std::optional<std::string> textOfChunk(const std::uint8_t* chunk) {
-    const auto data = std::as_bytes(std::span(chunk + kHeaderBytes, dataBytesOf(chunk)));
+    const std::size_t bytes = std::min<std::size_t>(dataBytesOf(chunk), kMaxTextBytes);
+    const auto data = std::as_bytes(std::span(chunk + kHeaderBytes, bytes));
     const auto end = std::find(data.begin(), data.end(), std::byte{0});
     return stringWithBytes(std::span(data.begin(), end), estimateStringEncoding(data));
 }

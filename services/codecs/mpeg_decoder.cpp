@@ -256,7 +256,7 @@ Bytes MpegDecoder::mended(Bytes packet) {
     if (!isOurs) packet = silence_;
     const MpegHeader stated = isOurs ? *header : header_;
     const std::uint32_t statedBytes = stated.packetBytes(stream_->freeFormatBytes);
-    if (statedBytes != packet.size()) packet = filledUp(packet).first(statedBytes);
+    if (statedBytes != packet.size()) packet = filledUp(packet, statedBytes);
     if (stated.layer != 3) return packet;
 
     const std::uint64_t ownBytes = soundBytes(stated, statedBytes);
@@ -264,20 +264,21 @@ Bytes MpegDecoder::mended(Bytes packet) {
     const bool isSound = isOurs && info.isLegal && info.reservoirBytes <= reservoir_.reach() &&
                          info.soundBits <= 8 * (info.reservoirBytes + ownBytes);
     if (!isSound) {
-        packet = filledUp(packet).first(statedBytes);
+        packet = filledUp(packet, statedBytes);
         blankSideInfo(stated, mended_, reservoir_.reach());
     }
     reservoir_.add(packet.last(ownBytes), isSound ? info.reservoirBytes : reservoir_.reach());
     return packet;
 }
 
-// The packet in a buffer of our own, with zeros behind it.
-Bytes MpegDecoder::filledUp(Bytes packet) {
-    packet = packet.first(std::min(packet.size(), mended_.size()));
-    if (packet.data() != mended_.data()) std::copy(packet.begin(), packet.end(), mended_.begin());
-    const auto behind = std::span(mended_).subspan(packet.size());
+// The packet in a buffer of our own, cut or filled up with zeros to that size.
+Bytes MpegDecoder::filledUp(Bytes packet, std::size_t bytes) {
+    const auto whole = std::span(mended_).first(bytes);
+    packet = packet.first(std::min(packet.size(), bytes));
+    if (packet.data() != whole.data()) std::copy(packet.begin(), packet.end(), whole.begin());
+    const auto behind = whole.subspan(packet.size());
     std::fill(behind.begin(), behind.end(), std::byte{0});
-    return mended_;
+    return whole;
 }
 
 // Where mono ends, the library would go on with what the second channel played last, however long

@@ -62,7 +62,7 @@ class MpegDecoder final : public PacketDecoder {
     bool feedBytes(Bytes bytes);
     Result<Bytes> packetToFeed(std::uint64_t packet);
     Bytes mended(Bytes packet);
-    Bytes filledUp(Bytes packet);
+    Bytes filledUp(Bytes packet, std::size_t bytes);
     bool decodeNext(float* samples);
     Outcome decodeFed(const unsigned char** decoded);
 

@@ -28,7 +28,7 @@ struct CommonChunk {
 struct AiffChunks {
     std::optional<CommonChunk> common;
     std::optional<ByteRange> sound;
-    std::vector<TagChunk> tagChunks;
+    TagChunks tagChunks;
 };
 
 // An 80-bit extended number (IEEE 754, 15 bits of exponent, explicit integer bit). Rates are
@@ -103,7 +103,7 @@ Result<AiffChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bo
             if (!sound) return sound.failure();
             chunks.sound = *sound;
         } else if (isTagChunk(chunk.identifier)) {
-            addTagChunk(chunks.tagChunks, {chunk.identifier, chunk.body});
+            chunks.tagChunks.add({chunk.identifier, chunk.body});
         }
     }
 }
@@ -208,7 +208,7 @@ Result<SoundDescription> describeAiff(ByteSource& source) {
     if (!chunks->sound && common.frames > 0) return Failure::kDamaged;
     const ByteRange data = chunks->sound.value_or(ByteRange{});
     auto sound = describeFormat(fileType, common, data);
-    if (sound) sound->tagChunks = std::move(chunks->tagChunks);
+    if (sound) sound->tagChunks = chunks->tagChunks.take();
     return sound;
 }
 

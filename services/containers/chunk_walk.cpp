@@ -67,15 +67,12 @@ bool ChunkWalk::isPadded(const Chunk& chunk) {
            (*next)->body.bytes < (*next)->statedBytes;
 }
 
-void addTagChunk(std::vector<TagChunk>& chunks, const TagChunk& chunk) {
-    const auto isId3 = [](const TagChunk& one) {
-        return one.identifier == fourCharCode("id3 ") || one.identifier == fourCharCode("ID3 ");
-    };
-    if (chunks.size() >= kMaxTagChunks) return;
-    if (isId3(chunk) && std::count_if(chunks.begin(), chunks.end(), isId3) >=
-                            static_cast<std::ptrdiff_t>(kMaxTagsInARow))
-        return;
-    chunks.push_back(chunk);
+void TagChunks::add(const TagChunk& chunk) {
+    const bool isId3 =
+        chunk.identifier == fourCharCode("id3 ") || chunk.identifier == fourCharCode("ID3 ");
+    if (chunks_.size() >= kMaxTagChunks || (isId3 && id3Tags_ >= kMaxTagsInARow)) return;
+    chunks_.push_back(chunk);
+    if (isId3) ++id3Tags_;
 }
 
 }  // namespace atdp::services

@@ -44,7 +44,15 @@ class ChunkWalk {
     std::size_t chunks_ = 0;
 };
 
-// Adds a chunk to those that say something of the sound, as long as limits.h allows.
-void addTagChunk(std::vector<TagChunk>& chunks, const TagChunk& chunk);
+// The chunks that say something of the sound, as many as limits.h allows.
+class TagChunks {
+ public:
+    void add(const TagChunk& chunk);
+    std::vector<TagChunk> take() { return std::move(chunks_); }
+
+ private:
+    std::vector<TagChunk> chunks_;
+    std::size_t id3Tags_ = 0;  // among them
+};
 
 }  // namespace atdp::services

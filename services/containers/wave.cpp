@@ -44,7 +44,7 @@ struct WaveFormat {
 struct WaveChunks {
     std::optional<WaveFormat> format;
     std::optional<ByteRange> data;
-    std::vector<TagChunk> tagChunks;
+    TagChunks tagChunks;
 };
 
 // Sizes of an RF64 or BW64 file that do not fit 32 bits.
@@ -155,7 +155,7 @@ Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bo
             walk.resize(chunk, dataBytes(chunk, formBytes, largeSizes));
             chunks.data = chunk.body;
         } else if (isTagChunk(chunk.identifier)) {
-            addTagChunk(chunks.tagChunks, {chunk.identifier, chunk.body});
+            chunks.tagChunks.add({chunk.identifier, chunk.body});
         }
     }
 }
@@ -240,7 +240,7 @@ Result<SoundDescription> describeWave(ByteSource& source) {
     auto sound = describeFormat(source, fileType, *chunks->format, *chunks->data);
     if (!sound) return sound;
     sound->channelMask = chunks->format->channelMask;
-    sound->tagChunks = std::move(chunks->tagChunks);
+    sound->tagChunks = chunks->tagChunks.take();
     return sound;
 }
 
