@@ -25,6 +25,9 @@ inline constexpr double kMaxRateRatio = 1'024.0;
 // the copying, small enough to stay in the processor's second-level cache.
 inline constexpr std::size_t kReadBlockBytes = 64 * 1024;
 
+// Bytes read at first behind a seek, which is often followed by another: some packets of most kinds.
+inline constexpr std::size_t kBytesAfterSeek = 2 * 1024;
+
 // Bytes read at a time while a container's headers are looked at.
 inline constexpr std::size_t kHeaderBlockBytes = 4 * 1024;
 

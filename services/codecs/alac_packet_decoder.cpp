@@ -22,7 +22,8 @@ AlacPacketDecoder::AlacPacketDecoder(std::shared_ptr<ByteSource> source,
       framesPerPacket_(config.frameLength),
       channels_(config.channels),
       blocks_(std::move(source),
-              std::max(kReadBlockBytes, maxPacketBytes(framesPerPacket_ * channels_))),
+              std::max(kReadBlockBytes, maxPacketBytes(framesPerPacket_ * channels_)),
+              kBytesAfterSeek),
       decoder_(config) {}
 
 bool AlacPacketDecoder::decode(std::uint64_t packet, float* samples) {

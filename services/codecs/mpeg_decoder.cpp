@@ -114,7 +114,7 @@ void MpegDecoder::makeCarrier() {
 MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
                          std::shared_ptr<const MpegPackets> stream, std::uint32_t framesPerPacket,
                          std::uint32_t channels, Handle handle)
-    : blocks_(std::move(source), kReadBlockBytes),
+    : blocks_(std::move(source), kReadBlockBytes, kBytesAfterSeek),
       stream_(std::move(stream)),
       channels_(channels),
       memoryPackets_(memoryPackets(framesPerPacket)),

@@ -9,7 +9,7 @@ namespace atdp::services {
 
 PcmReader::PcmReader(std::shared_ptr<ByteSource> source, ByteRange data,
                      const AudioStreamBasicDescription& format, PcmConversion conversion)
-    : blocks_(std::move(source), kReadBlockBytes),
+    : blocks_(std::move(source), kReadBlockBytes, kBytesAfterSeek),
       data_(data),
       bytesPerFrame_(format.mBytesPerFrame),
       channels_(format.mChannelsPerFrame),

@@ -12,11 +12,17 @@
 namespace atdp::services {
 
 // Looks at a source through a block that it reads ahead, for readers that go forward in small
-// steps. Behind a jump little is read at first, and more the longer they go on.
+// steps.
 class BlockReader {
  public:
+    // Behind a jump `bytesAfterJump` are read at first, and more the longer it goes on from there.
+    BlockReader(std::shared_ptr<ByteSource> source, std::size_t blockBytes,
+                std::size_t bytesAfterJump)
+        : source_(std::move(source)), bytesAfterJump_(bytesAfterJump), block_(blockBytes) {}
+
+    // Whole blocks, for readers that look back and forth within one.
     BlockReader(std::shared_ptr<ByteSource> source, std::size_t blockBytes)
-        : source_(std::move(source)), block_(blockBytes) {}
+        : BlockReader(std::move(source), blockBytes, blockBytes) {}
 
     // The bytes from `offset` on, as many as are at hand but at least `leastBytes` (at most a
     // block): fewer only at the end of the source. What cannot be read fails only the call that
@@ -27,7 +33,7 @@ class BlockReader {
             (leastBytes <= held_.end() - offset || held_.end() >= source_->sizeBytes());
         if (!held) {
             const bool goesOn = offset >= held_.offset && offset <= held_.end();
-            const std::size_t wanted = goesOn ? 4 * held_.bytes : kBytesAfterJump;
+            const std::size_t wanted = goesOn ? 4 * held_.bytes : bytesAfterJump_;
             held_ = {};
             const auto got = source_->readUntilFailure(
                 offset,
@@ -45,9 +51,8 @@ class BlockReader {
     }
 
  private:
-    static constexpr std::size_t kBytesAfterJump = 2048;
-
     std::shared_ptr<ByteSource> source_;
+    std::size_t bytesAfterJump_;
     std::vector<std::byte> block_;
     ByteRange held_;  // what block_ holds
 };
