@@ -5,6 +5,8 @@
 #include <cstring>
 #include <limits>
 
+#include "services/codecs/pcm_kernels.h"
+
 namespace atdp::services {
 namespace {
 
@@ -85,6 +87,8 @@ PcmConversion conversionFor(std::uint32_t bytesPerSample, bool isFloat, bool isS
                : bytesPerSample == 8 ? convertFloat64<Order>
                                      : nullptr;
     if (!isSigned) return bytesPerSample == 1 ? convertUnsigned8 : nullptr;
+    if (const PcmConversion fast = avx2PcmConversion(bytesPerSample, Order == std::endian::big))
+        return fast;
     switch (bytesPerSample) {
         case 1:
             return convertSigned8;
