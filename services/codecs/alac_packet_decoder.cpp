@@ -24,20 +24,22 @@ AlacPacketDecoder::AlacPacketDecoder(std::shared_ptr<ByteSource> source,
       blocks_(std::move(source),
               std::max(kReadBlockBytes, maxPacketBytes(framesPerPacket_ * channels_)),
               kBytesAfterSeek),
-      decoder_(config) {}
+      decoder_(config),
+      samples_(framesPerPacket_ * channels_) {}
 
-bool AlacPacketDecoder::decode(std::uint64_t packet, float* samples) {
+const float* AlacPacketDecoder::decode(std::uint64_t packet) {
     const PacketPlace place = (*packets_)[packet];
     std::size_t frames = 0;
     if (place.bytes() > 0 && place.bytes() <= maxPacketBytes(framesPerPacket_ * channels_)) {
         const auto bytes = blocks_.at(place.offset(), place.bytes());
         // The packet was there when the file was opened: the file has shrunk, or the disk fails.
-        if (!bytes || bytes->size() < place.bytes()) return false;
-        frames = std::min<std::size_t>(decoder_.decode(bytes->first(place.bytes()), samples),
-                                       framesPerPacket_);
+        if (!bytes || bytes->size() < place.bytes()) return nullptr;
+        frames = std::min<std::size_t>(
+            decoder_.decode(bytes->first(place.bytes()), samples_.data()), framesPerPacket_);
     }
-    std::fill(samples + frames * channels_, samples + framesPerPacket_ * channels_, 0.0F);
-    return true;
+    const auto missing = std::span(samples_).subspan(frames * channels_);
+    std::fill(missing.begin(), missing.end(), 0.0F);
+    return samples_.data();
 }
 
 }  // namespace atdp::services

@@ -19,7 +19,7 @@ class AlacPacketDecoder final : public PacketDecoder {
                       std::shared_ptr<const std::vector<PacketPlace>> packets,
                       const AlacConfig& config);
 
-    bool decode(std::uint64_t packet, float* samples) override;
+    const float* decode(std::uint64_t packet) override;
 
  private:
     std::shared_ptr<const std::vector<PacketPlace>> packets_;
@@ -27,6 +27,7 @@ class AlacPacketDecoder final : public PacketDecoder {
     std::size_t channels_;
     BlockReader blocks_;
     AlacDecoder decoder_;
+    std::vector<float> samples_;  // of a packet
 };
 
 }  // namespace atdp::services

@@ -123,17 +123,17 @@ MpegDecoder::MpegDecoder(std::shared_ptr<ByteSource> source,
       handle_(std::move(handle)),
       silence_(kMaxPacketBytes),
       mended_(kMaxPacketBytes),
-      unused_(samplesPerPacket_) {}
+      zeros_(samplesPerPacket_) {}
 
 MpegDecoder::~MpegDecoder() = default;
 
-bool MpegDecoder::decode(std::uint64_t packet, float* samples) {
+const float* MpegDecoder::decode(std::uint64_t packet) {
     const bool goesOn =
         isOpen_ && nextPacket_ <= packet && packet - nextPacket_ <= memoryPackets_ + 1;
-    if (!goesOn && !restart(packet - std::min(packet, memoryPackets_))) return false;
+    if (!goesOn && !restart(packet - std::min(packet, memoryPackets_))) return nullptr;
     while (nextPacket_ < packet)
-        if (!decodeNext(unused_.data())) return false;
-    return decodeNext(samples);
+        if (decodeNext() == nullptr) return nullptr;
+    return decodeNext();
 }
 
 // The bytes of a packet; too few where the file has shrunk.
@@ -199,8 +199,8 @@ bool MpegDecoder::decodeCarriers() {
         carriers_ += filterbankPeriod_;
     carriersFed_ = 0;
     for (std::uint64_t i = 0; i < carriers_; ++i) {
-        const unsigned char* decoded = nullptr;
-        if (decodeFed(&decoded) == Outcome::kFailure) return false;
+        const float* unused = nullptr;
+        if (decodeFed(&unused) == Outcome::kFailure) return false;
     }
     return true;
 }
@@ -285,32 +285,29 @@ Bytes MpegDecoder::filledUp(Bytes packet, std::size_t bytes) {
 // ago. And a packet that it cannot decode it leaves half-way, or before it has begun: what is
 // missing is zeros, and its filterbank is out of step from then on. A packet that ends in zeros may
 // be such a one; where it is silence indeed, there is nothing to be lost by starting anew.
-bool MpegDecoder::decodeNext(float* samples) {
+const float* MpegDecoder::decodeNext() {
     const bool stereoBegins = previousChannels_ == 1 && channelsOf(nextPacket_) == 2;
-    if ((stereoBegins || endsInSilence_) && !restart(nextPacket_)) return false;
+    if ((stereoBegins || endsInSilence_) && !restart(nextPacket_)) return nullptr;
 
-    const unsigned char* decoded = nullptr;
-    const Outcome outcome = decodeFed(&decoded);
+    const float* samples = nullptr;
+    const Outcome outcome = decodeFed(&samples);
     if (outcome == Outcome::kFailure) {
         isOpen_ = false;  // what was fed is not known any more
-        return false;
+        return nullptr;
     }
-    if (outcome == Outcome::kSound)
-        std::memcpy(samples, decoded, samplesPerPacket_ * sizeof(float));
-    else
-        std::fill_n(samples, samplesPerPacket_, 0.0F);
+    if (outcome == Outcome::kNonsense) samples = zeros_.data();
     const std::size_t block = kBlockFrames * channels_;
     endsInSilence_ = isSilence(samples + samplesPerPacket_ - block, block);
     previousChannels_ = channelsFed_[nextPacket_ % channelsFed_.size()];
     ++nextPacket_;
-    return true;
+    return samples;
 }
 
 // What the library makes of the next packet or carrier.
-MpegDecoder::Outcome MpegDecoder::decodeFed(const unsigned char** decoded) {
+MpegDecoder::Outcome MpegDecoder::decodeFed(const float** samples) {
     const bool looksAhead = stream_->freeFormatBytes != 0;
     const std::uint64_t end = stream_->packets.size() + (looksAhead ? 1 : 0);
-    unsigned char* samples = nullptr;
+    unsigned char* decoded = nullptr;
     std::size_t sampleBytes = 0;
     int status = MPG123_NEED_MORE;
     while (status == MPG123_NEED_MORE || status == MPG123_NEW_FORMAT) {
@@ -320,11 +317,11 @@ MpegDecoder::Outcome MpegDecoder::decodeFed(const unsigned char** decoded) {
             if (!feedNext()) return Outcome::kFailure;
         }
         off_t number = 0;
-        status = mpg123_decode_frame(handle_.get(), &number, &samples, &sampleBytes);
+        status = mpg123_decode_frame(handle_.get(), &number, &decoded, &sampleBytes);
     }
     if (status == MPG123_ERR && hasRunOutOfMemory(handle_.get())) return Outcome::kFailure;
     --packetsAhead_;
-    *decoded = samples;
+    *samples = reinterpret_cast<const float*>(decoded);
     const bool isWhole = status == MPG123_OK && sampleBytes == samplesPerPacket_ * sizeof(float);
     return isWhole ? Outcome::kSound : Outcome::kNonsense;
 }

@@ -33,7 +33,7 @@ class MpegDecoder final : public PacketDecoder {
                                                        std::uint32_t framesPerPacket);
     ~MpegDecoder() override;
 
-    bool decode(std::uint64_t packet, float* samples) override;
+    const float* decode(std::uint64_t packet) override;
 
  private:
     // Packets handed over ahead of the one to be decoded. Only free format needs any: the library
@@ -63,8 +63,8 @@ class MpegDecoder final : public PacketDecoder {
     Result<Bytes> packetToFeed(std::uint64_t packet);
     Bytes mended(Bytes packet);
     Bytes filledUp(Bytes packet, std::size_t bytes);
-    bool decodeNext(float* samples);
-    Outcome decodeFed(const unsigned char** decoded);
+    const float* decodeNext();
+    Outcome decodeFed(const float** samples);
 
     BlockReader blocks_;
     std::shared_ptr<const MpegPackets> stream_;
@@ -78,7 +78,7 @@ class MpegDecoder final : public PacketDecoder {
     MpegHeader carrierHeader_{};
     std::vector<std::byte> carrier_;  // a packet of silence, with room for the reservoir
     std::vector<std::byte> mended_;   // a packet that cannot be handed over as it is
-    std::vector<float> unused_;       // samples of packets decoded on the way to another
+    std::vector<float> zeros_;        // samples of a packet that cannot be decoded
     MpegReservoir reservoir_;         // before nextToFeed_
     std::uint64_t carriers_ = 0;      // with which the library was started
     std::uint64_t carriersFed_ = 0;

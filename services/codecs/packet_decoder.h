@@ -10,8 +10,9 @@ class PacketDecoder {
     virtual ~PacketDecoder() = default;
 
     // Decodes a packet of the stream, any packet in any order; its samples do not depend on what
-    // was decoded before. A damaged packet is silence. False when its bytes cannot be read.
-    virtual bool decode(std::uint64_t packet, float* samples) = 0;
+    // was decoded before. They are the decoder's, until the next call. A damaged packet is silence.
+    // Null when its bytes cannot be read.
+    virtual const float* decode(std::uint64_t packet) = 0;
 };
 
 }  // namespace atdp::services

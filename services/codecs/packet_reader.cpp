@@ -6,9 +6,7 @@
 namespace atdp::services {
 
 PacketReader::PacketReader(std::unique_ptr<PacketDecoder> decoder, const PacketLayout& layout)
-    : decoder_(std::move(decoder)),
-      layout_(layout),
-      packet_(std::size_t{layout.framesPerPacket} * layout.channels) {
+    : decoder_(std::move(decoder)), layout_(layout) {
     seek(0);
 }
 
@@ -51,11 +49,12 @@ bool PacketReader::holdPacket() {
     const std::uint64_t packet = frame / layout_.framesPerPacket;
     if (packet + 1 != nextPacket_) {
         nextPacket_ = 0;
-        if (!decoder_->decode(packet, packet_.data())) return false;
+        packet_ = decoder_->decode(packet);
+        if (packet_ == nullptr) return false;
         nextPacket_ = packet + 1;
     }
     const std::uint64_t spent = frame % layout_.framesPerPacket;
-    held_ = packet_.data() + spent * layout_.channels;
+    held_ = packet_ + spent * layout_.channels;
     heldFrames_ = static_cast<std::uint32_t>(
         std::min(layout_.framesPerPacket - spent, layout_.frames - position_));
     return true;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
 #include "services/codecs/frame_reader.h"
 #include "services/codecs/packet_decoder.h"
@@ -30,11 +29,11 @@ class PacketReader final : public FrameReader {
 
     std::unique_ptr<PacketDecoder> decoder_;
     PacketLayout layout_;
-    std::vector<float> packet_;     // the samples of one packet
-    std::uint64_t position_ = 0;    // next frame to deliver, counted from layout_.firstFrame
-    std::uint64_t nextPacket_ = 0;  // the packet after the one in packet_
-    const float* held_ = nullptr;   // in packet_, from position_ on
-    std::uint32_t heldFrames_ = 0;  // there, that belong to the sound
+    const float* packet_ = nullptr;  // the samples of the packet decoded last
+    std::uint64_t position_ = 0;     // next frame to deliver, counted from layout_.firstFrame
+    std::uint64_t nextPacket_ = 0;   // the packet after the one in packet_
+    const float* held_ = nullptr;    // in packet_, from position_ on
+    std::uint32_t heldFrames_ = 0;   // there, that belong to the sound
 };
 
 }  // namespace atdp::services

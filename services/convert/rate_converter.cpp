@@ -78,21 +78,22 @@ RateConverter::RateConverter(FrameReader& source, std::uint32_t channels, double
       lead_(periods(ratio_, kLeadFrames)),
       packetFrames_(packetFramesOf(ratio_, channels)),
       resampler_(makeResampler(ratio_, channels)),
+      packet_(std::size_t{packetFrames_} * channels),
       skipped_(std::size_t{kMaxPacketFrames} * channels) {
     if (!resampler_) throw std::bad_alloc();
 }
 
-bool RateConverter::decode(std::uint64_t packet, float* samples) {
-    if (!goTo(packet * packetFrames_)) return false;
+const float* RateConverter::decode(std::uint64_t packet) {
+    if (!goTo(packet * packetFrames_)) return nullptr;
     std::size_t done = 0;
     while (done < packetFrames_) {
-        if (position_ == segmentEnd_ && !startSegment(position_ / segment_.out)) return false;
+        if (position_ == segmentEnd_ && !startSegment(position_ / segment_.out)) return nullptr;
         const auto frames = static_cast<std::size_t>(
             std::min<std::uint64_t>(packetFrames_ - done, segmentEnd_ - position_));
-        if (!resample(samples + done * channels_, frames)) return false;
+        if (!resample(packet_.data() + done * channels_, frames)) return nullptr;
         done += frames;
     }
-    return true;
+    return packet_.data();
 }
 
 bool RateConverter::goTo(std::uint64_t frame) {

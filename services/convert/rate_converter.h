@@ -29,7 +29,7 @@ class RateConverter final : public PacketDecoder {
 
     std::uint32_t framesPerPacket() const { return packetFrames_; }
 
-    bool decode(std::uint64_t packet, float* samples) override;
+    const float* decode(std::uint64_t packet) override;
 
  private:
     struct ResamplerDelete {
@@ -50,6 +50,7 @@ class RateConverter final : public PacketDecoder {
     RateRatio lead_;     // frames before it that the resampler is given first
     std::uint32_t packetFrames_;
     std::unique_ptr<soxr, ResamplerDelete> resampler_;  // null after a failure
+    std::vector<float> packet_;                         // the samples of one
     std::vector<float> skipped_;                        // room for frames that nobody hears
     std::uint64_t position_ = 0;                        // the next frame to come out
     std::uint64_t segmentEnd_ = 0;  // the frame where the segment that it comes from ends

@@ -2,6 +2,7 @@
 // parameters by chance for our own.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <random>
@@ -132,9 +133,10 @@ inline std::string decoded(const services::PacketPlace& place) {
     services::AlacConfig config = makeConfig(16, 2);
     config.frameLength = 4;
     services::AlacPacketDecoder decoder(source, packets, config);
-    std::vector<float> samples(4 * 2, 1.0F);
-    if (!decoder.decode(0, samples.data())) return "failed";
-    return samples == std::vector<float>(4 * 2) ? "silent" : "sound";
+    const float* samples = decoder.decode(0);
+    if (samples == nullptr) return "failed";
+    const bool isSilent = std::count(samples, samples + 4 * 2, 0.0F) == 4 * 2;
+    return isSilent ? "silent" : "sound";
 }
 
 }  // namespace atdp::test
