@@ -77,5 +77,28 @@ TEST_F(FailingMemoryTest, FailsTheCallAndNothingElseInLongFiles) {
         if (!isShort(sound)) failEveryAllocation(sound);
 }
 
+// Neither reading nor seeking takes memory, so a player can do both where it must not wait.
+TEST(DeliveryMemory, IsAllTakenBefore) {
+    for (const SampleSound& sound : sampleSounds()) {
+        SCOPED_TRACE(sound.name);
+        const TemporaryFile file(sound.bytes);
+        const auto decoder = sound.decoderClass.make();
+        ASSERT_EQ(decoder->openByPath(file.path(), nullptr), DECODER_RESULT_OK);
+        std::vector<float> samples(64 * static_cast<std::size_t>(decoder->getChannels()));
+        const auto deliver = [&](int times) {
+            for (int i = 0; i < times; ++i) {
+                auto size = static_cast<std::uint32_t>(samples.size());
+                decoder->getNextSamples(samples.data(), &size);
+            }
+        };
+        deliver(20);  // what is made once
+        const FailingMemory counting(Mode::kFromOn, SIZE_MAX);
+        deliver(500);
+        decoder->seek(0);
+        deliver(500);
+        EXPECT_EQ(FailingMemory::allocations(), 0U);
+    }
+}
+
 }  // namespace
 }  // namespace atdp::test
