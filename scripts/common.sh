@@ -5,7 +5,7 @@ test_packages="libgtest-dev python3 binutils ffmpeg lame sox twolame"
 
 fuzz_packages="clang libclang-rt-14-dev llvm"
 
-bench_packages="libavcodec-dev libavformat-dev ffmpeg"
+bench_packages="libbenchmark-dev libavcodec-dev libavformat-dev libsamplerate0-dev libsndfile1-dev"
 
 # Installs what is missing of the Debian packages given.
 install_packages() {

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace atdp::bench {
+
+// Sound files that are compared on, made by the programs ffmpeg, lame, sox and twolame in a folder
+// that is gone with this.
+class Sounds {
+ public:
+    explicit Sounds(double seconds);  // of each file; throws std::runtime_error
+    ~Sounds();
+    Sounds(const Sounds&) = delete;
+    Sounds& operator=(const Sounds&) = delete;
+
+    std::string path(const std::string& name) const { return folder_ / name; }
+
+ private:
+    std::filesystem::path folder_;
+};
+
+}  // namespace atdp::bench
