@@ -1,6 +1,7 @@
 #include "services/containers/mpeg4_packets.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "services/containers/mpeg4_sample_table.h"
@@ -57,6 +58,16 @@ Result<MpegPackets> collectFrames(MpegScanner& scanner, const MpegStream& stream
     return found;
 }
 
+void applySpan(MpegPackets& found, const SoundSpan& span, std::uint32_t framesPerPacket) {
+    const std::uint64_t frames = found.packets.size() * framesPerPacket;
+    const std::uint64_t remainder = frames - span.primingFrames - span.validFrames;
+    const std::uint64_t most = std::numeric_limits<std::int32_t>::max();
+    if (span.validFrames == frames || span.primingFrames > most || remainder > most) return;
+    found.hasGaplessCounts = true;
+    found.primingFrames = static_cast<std::uint32_t>(span.primingFrames);
+    found.remainderFrames = static_cast<std::uint32_t>(remainder);
+}
+
 }  // namespace
 
 Result<LosslessTrack> readLosslessTrack(ByteSource& source) {
@@ -86,8 +97,15 @@ Result<MpegPackets> readMpegTrack(const std::shared_ptr<ByteSource>& source) {
     if (!table) return table.failure();
     // In small blocks: the packets may be in any order, and far from each other.
     MpegScanner scanner(source, {0, source->sizeBytes()}, kHeaderBlockBytes);
-    return collectFrames(scanner, {**header, freeFormatBytes(**header, table->packets)},
-                         table->packets);
+    auto found = collectFrames(scanner, {**header, freeFormatBytes(**header, table->packets)},
+                               table->packets);
+    if (!found || found->hasGaplessCounts || found->packets.size() != table->packets.size())
+        return found;
+    const auto span = findSoundSpan(headers, track->movie, track->track, *table,
+                                    (*header)->framesPerPacket(), (*header)->rate());
+    if (!span) return span.failure();
+    applySpan(*found, *span, (*header)->framesPerPacket());
+    return found;
 }
 
 }  // namespace atdp::services

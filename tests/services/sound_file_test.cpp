@@ -107,21 +107,24 @@ TEST(Mpeg4Files, AreRefusedAReaderWhereTheyAreNotDecoded) {
     EXPECT_EQ(file->makeReader().failure(), services::Failure::kUnsupportedFormat);
 }
 
-// The packets are those of a plain file, and so is the sound.
+// The packets are those of a plain file, and so is the sound; the delay is told by the edit list.
 TEST(Mpeg4Files, PlayMpegAudioAsAPlainFileDoes) {
     const auto plain = opened("layer3-cbr128.mp3");
     const auto track = opened("layer3.mp4");
     ASSERT_TRUE(plain && track);
-    constexpr std::uint32_t kFrames = 21 * 1152;
+    constexpr std::uint32_t kDelay = 1105;
+    constexpr std::uint32_t kFrames = 21 * 1152 - kDelay;
+    EXPECT_EQ((*plain->gaplessCounts())->mPrimingFrames, int{kDelay});
     EXPECT_EQ(*track->lengthInFrames(), kFrames);
-    EXPECT_FALSE(*track->gaplessCounts());
-    const auto delay = static_cast<std::uint32_t>((*plain->gaplessCounts())->mPrimingFrames);
+    const auto counts = *track->gaplessCounts();
+    ASSERT_TRUE(counts);
+    EXPECT_EQ(counts->mPrimingFrames, int{kDelay});
+    EXPECT_EQ(counts->mRemainderFrames, 0);
     auto reader = track->makeReader();
     ASSERT_TRUE(reader);
     const auto samples = read(**reader, 2, kFrames + 1);
     EXPECT_EQ(samples.size(), 2U * kFrames);
-    EXPECT_EQ(read(**plain->makeReader(), 2, kFrames - delay),
-              std::vector<float>(samples.begin() + delay * 2, samples.end()));
+    EXPECT_EQ(read(**plain->makeReader(), 2, kFrames), samples);
 }
 
 // The packets would be decoded to more samples than there is room for.
