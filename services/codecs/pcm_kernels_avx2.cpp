@@ -1,5 +1,6 @@
 #include <immintrin.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "services/codecs/pcm_kernels.h"
@@ -21,21 +22,22 @@ __m128i load(const std::byte* in) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
 }
 
-// Eight samples at a time, from at most `kReach` bytes; the last few from a copy with zeros behind,
-// as no byte behind the samples may be read.
+// Eight samples at a time, from `Reach` bytes; the last few from a copy with zeros behind, as no
+// byte behind the samples may be read.
 template <std::size_t Width, std::size_t Reach, class Convert>
 void convertAll(const std::byte* in, float* out, std::size_t samples, Convert convert) {
-    std::size_t i = 0;
-    for (; (samples - i) * Width >= Reach && samples - i >= kSamples; i += kSamples)
-        _mm256_storeu_ps(out + i, convert(in + i * Width));
-    while (i < samples) {
-        const std::size_t count = samples - i < kSamples ? samples - i : kSamples;
+    const std::size_t bytes = samples * Width;
+    const std::size_t steps = bytes < Reach ? 0 : (bytes - Reach) / (kSamples * Width) + 1;
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < steps; ++i)
+        _mm256_storeu_ps(out + i * kSamples, convert(in + i * kSamples * Width));
+    for (std::size_t i = steps * kSamples; i < samples; i += kSamples) {
+        const std::size_t count = std::min(samples - i, kSamples);
         std::byte padded[Reach] = {};
         float converted[kSamples];
         std::memcpy(padded, in + i * Width, count * Width);
         _mm256_storeu_ps(converted, convert(padded));
         std::memcpy(out + i, converted, count * sizeof(float));
-        i += count;
     }
 }
 

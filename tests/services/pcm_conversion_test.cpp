@@ -49,7 +49,8 @@ TEST(PcmConversion, IsExactInEveryFormatAndLength) {
         const double values[] = {0, 1, -1, full - 1, -full, full / 2, -full / 2, 93, -93, 18, -3};
         std::string encoded;
         std::vector<float> expected;
-        for (const double value : values) {
+        for (std::size_t i = 0; i < 4 * std::size(values); ++i) {
+            const double value = values[i % std::size(values)];
             const auto integer = static_cast<std::int64_t>(flags == 0 ? value + full : value);
             std::string sample = littleEndian(integer).substr(0, bytes);
             if (flags & kFloat)
