@@ -9,7 +9,11 @@ namespace atdp::bench {
 // that is gone with this.
 class Sounds {
  public:
-    explicit Sounds(double seconds);  // of each file; throws std::runtime_error
+    static constexpr int kAlbum = 20;
+
+    // Of so many seconds each, but for untold.mp3, an album of kAlbum times that. Throws
+    // std::runtime_error.
+    explicit Sounds(double seconds);
     ~Sounds();
     Sounds(const Sounds&) = delete;
     Sounds& operator=(const Sounds&) = delete;

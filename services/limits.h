@@ -40,7 +40,7 @@ inline constexpr std::size_t kMaxChunks = 65'536;
 inline constexpr std::size_t kScanBlockBytes = 64 * 1024;
 
 // Bytes read at a time while a whole stream is walked over.
-inline constexpr std::size_t kWalkBlockBytes = 256 * 1024;
+inline constexpr std::size_t kWalkBlockBytes = 64 * 1024;
 
 // Bytes in front of MPEG audio that are searched for its start. Broken downloads have a page of
 // text or a torn tag there; a file without a packet in its first megabyte is something else.
