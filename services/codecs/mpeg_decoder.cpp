@@ -3,7 +3,6 @@
 #include <mpg123.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "services/codecs/mpeg_side_info.h"
 #include "services/limits.h"
@@ -178,7 +177,8 @@ bool MpegDecoder::fillReservoir(std::uint64_t packet) {
     if (header_.layer != 3) return true;
     std::uint64_t first = packet;
     std::uint64_t found = 0;
-    while (first > 0 && found < MpegReservoir::kBytes && packet - first < MpegReservoir::kPackets) {
+    while (first > 0 && found < maxReservoirBytes(header_) &&
+           packet - first < MpegReservoir::kPackets) {
         // What is no packet of the stream will be replaced by silence.
         const std::size_t bytes = stream_->packets[--first].bytes();
         found += leastSoundBytes(header_, std::min(bytes, silence_.size()));

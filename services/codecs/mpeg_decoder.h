@@ -15,7 +15,7 @@ struct mpg123_handle_struct;
 
 namespace atdp::services {
 
-// Decodes MPEG audio with libmpg123, which is handed one packet after the other and never sees tags
+// Decodes MPEG audio with libmpg123, which is handed whole packets in order and never sees tags
 // or junk.
 //
 // A packet's samples depend on packets before it: layer III takes bits from a reservoir that they
