@@ -25,7 +25,8 @@ inline constexpr double kMaxRateRatio = 1'024.0;
 // the copying, small enough to stay in the processor's second-level cache.
 inline constexpr std::size_t kReadBlockBytes = 64 * 1024;
 
-// Bytes read at first behind a seek, which is often followed by another: some packets of most kinds.
+// Bytes read at first behind a seek, which is often followed by another: some packets of most
+// kinds.
 inline constexpr std::size_t kBytesAfterSeek = 2 * 1024;
 
 // Bytes read at a time while a container's headers are looked at.
@@ -54,9 +55,9 @@ inline constexpr std::uint32_t kMinCommonPacketBytes = 8;
 // can hold packets of a few bytes each.
 inline constexpr std::uint64_t kMaxPackets = 16 * 1024 * 1024;
 
-// Packets of free-format MPEG audio: the largest is what libmpg123 takes, more than the largest that
-// a stated bit rate gives, 2,880 bytes; the smallest has some bytes of sound behind the longest side
-// information.
+// Packets of free-format MPEG audio: the largest is what libmpg123 takes, more than the largest
+// that a stated bit rate gives, 2,880 bytes; the smallest has some bytes of sound behind the
+// longest side information.
 inline constexpr std::uint32_t kMinFreeFormatBytes = 54;
 inline constexpr std::uint32_t kMaxFreeFormatBytes = 3'456;
 

@@ -33,7 +33,8 @@ class BlockReader {
             (leastBytes <= held_.end() - offset || held_.end() >= source_->sizeBytes());
         if (!held) {
             const bool goesOn = offset >= held_.offset && offset <= held_.end();
-            const std::size_t wanted = goesOn ? 4 * held_.bytes : bytesAfterJump_;
+            const std::size_t wanted =
+                std::max<std::size_t>(bytesAfterJump_, goesOn ? 4 * held_.bytes : 0);
             held_ = {};
             const auto got = source_->readUntilFailure(
                 offset,
