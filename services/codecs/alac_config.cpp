@@ -29,6 +29,13 @@ bool isPossible(const AlacConfig& config) {
            config.maxCodeBits > 0 && config.maxCodeBits < 32;
 }
 
+std::uint32_t losslessFlags(std::uint32_t bitDepth) {
+    return bitDepth == 16   ? kAppleLosslessFormatFlag_16BitSourceData
+           : bitDepth == 20 ? kAppleLosslessFormatFlag_20BitSourceData
+           : bitDepth == 24 ? kAppleLosslessFormatFlag_24BitSourceData
+                            : kAppleLosslessFormatFlag_32BitSourceData;
+}
+
 }  // namespace
 
 std::optional<AlacConfig> parseAlacConfig(Bytes cookie) {
@@ -47,6 +54,16 @@ std::optional<AlacConfig> parseAlacConfig(Bytes cookie) {
     config.sampleRate = cursor.bigEndian<std::uint32_t>();
     if (cursor.failed() || version != 0 || !isPossible(config)) return std::nullopt;
     return config;
+}
+
+AudioStreamBasicDescription alacFormat(const AlacConfig& config) {
+    AudioStreamBasicDescription format{};
+    format.mSampleRate = config.sampleRate;
+    format.mFormatID = kAudioFormatAppleLossless;
+    format.mFormatFlags = losslessFlags(config.bitDepth);
+    format.mFramesPerPacket = config.frameLength;
+    format.mChannelsPerFrame = config.channels;
+    return format;
 }
 
 std::uint32_t alacChannelMask(std::uint32_t channels) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "platform/core_audio_types.h"
 #include "services/io/byte_cursor.h"
 
 namespace atdp::services {
@@ -23,6 +24,9 @@ struct AlacConfig {
 // Reads a "magic cookie": the bare configuration or one in the atoms that old files wrap it in. A
 // channel layout may follow it.
 std::optional<AlacConfig> parseAlacConfig(Bytes cookie);
+
+// The format of such a stream.
+AudioStreamBasicDescription alacFormat(const AlacConfig& config);
 
 // The speakers that so many channels (1 to kMaxAlacChannels) are for, as SoundDescription tells
 // them; the decoder delivers the channels in the order of these bits.

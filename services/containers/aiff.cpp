@@ -9,6 +9,7 @@
 
 #include "services/containers/chunk_walk.h"
 #include "services/containers/linear_pcm.h"
+#include "services/io/read_start.h"
 
 namespace atdp::services {
 namespace {
@@ -54,11 +55,10 @@ std::optional<CommonChunk> parseCommon(Bytes body, bool compressed) {
 
 Result<std::optional<CommonChunk>> readCommon(ByteSource& source, const Chunk& chunk,
                                               bool compressed) {
-    std::array<std::byte, 22> body;
-    const std::size_t bytes = std::min<std::uint64_t>(body.size(), chunk.body.bytes);
-    const auto got = source.readAt(chunk.body.offset, std::span(body).first(bytes));
-    if (!got) return got.failure();
-    return parseCommon(std::span(body).first(*got), compressed);
+    std::array<std::byte, 22> room;
+    const auto body = readStart(source, chunk.body, room);
+    if (!body) return body.failure();
+    return parseCommon(*body, compressed);
 }
 
 // The sound after the header of its chunk and the offset stated there.
@@ -86,7 +86,7 @@ bool isTagChunk(std::uint32_t identifier) {
 }
 
 Result<AiffChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bool compressed) {
-    ChunkWalk walk(source, kFormHeaderBytes, ByteOrder::kBigEndian);
+    ChunkWalk walk(source, kFormHeaderBytes, ChunkKind::kIff);
     AiffChunks chunks;
     for (;;) {
         auto next = walk.next();
@@ -156,23 +156,12 @@ std::uint32_t formatForCompression(std::uint32_t compression) {
     return compression;
 }
 
-// Compression that this system names but does not decode.
-Result<SoundDescription> describeOther(std::uint32_t fileType, const CommonChunk& common,
-                                       ByteRange data) {
-    if (!isPlausible(common.rate, common.channels)) return Failure::kDamaged;
-    SoundDescription sound;
-    sound.fileType = fileType;
-    sound.data = data;
-    sound.format.mSampleRate = common.rate;
-    sound.format.mChannelsPerFrame = common.channels;
-    sound.format.mFormatID = formatForCompression(common.compression);
-    return sound;
-}
-
 Result<SoundDescription> describeFormat(std::uint32_t fileType, const CommonChunk& common,
                                         ByteRange data) {
     const auto pcm = linearPcmFor(common);
-    if (!pcm) return describeOther(fileType, common, data);
+    if (!pcm)
+        return describeUndecoded(fileType, formatForCompression(common.compression), common.rate,
+                                 common.channels, data);
     // The frame count ends the sound where the chunk is longer; 0 is a writer that never came back
     // to fill it in.
     if (common.frames > 0)

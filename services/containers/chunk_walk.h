@@ -1,5 +1,4 @@
-// The chunks of RIFF and IFF files: an identifier, a 32-bit size, a body, and a pad byte where the
-// size is odd.
+// The chunks of RIFF files and their relatives: an identifier, a size, a body, and padding.
 #pragma once
 
 #include <cstddef>
@@ -12,11 +11,17 @@
 
 namespace atdp::services {
 
-enum class ByteOrder { kLittleEndian, kBigEndian };
+enum class ChunkKind {
+    kRiff,    // a 32-bit size, little-endian; a pad byte where it is odd
+    kIff,     // the same, big-endian
+    kCaf,     // a 64-bit size, big-endian; no padding
+    kWave64,  // a GUID, and a 64-bit size that counts the header too; padded to 8 bytes
+};
 
 struct Chunk {
-    std::uint32_t identifier = 0;   // four-character code
-    std::uint64_t statedBytes = 0;  // the size that the header states
+    // Four-character code. Of Wave64 the start of the GUID, and 0 where the rest is not known.
+    std::uint32_t identifier = 0;
+    std::uint64_t statedBytes = 0;  // the size of the body that the header states
     ByteRange body;                 // clamped to the file
 };
 
@@ -24,8 +29,8 @@ struct Chunk {
 // form: writers that were interrupted leave that wrong.
 class ChunkWalk {
  public:
-    ChunkWalk(ByteSource& source, std::uint64_t offset, ByteOrder order)
-        : source_(source), offset_(offset), order_(order) {}
+    ChunkWalk(ByteSource& source, std::uint64_t offset, ChunkKind kind)
+        : source_(source), offset_(offset), kind_(kind) {}
 
     // The next chunk, or none at the end of the file, or after as many chunks as limits.h allows.
     Result<std::optional<Chunk>> next();
@@ -35,11 +40,11 @@ class ChunkWalk {
 
  private:
     Result<std::optional<Chunk>> readHeader(std::uint64_t offset);
-    bool isPadded(const Chunk& chunk);
+    std::uint64_t paddingBytes(const Chunk& chunk);
 
     ByteSource& source_;
     std::uint64_t offset_;
-    ByteOrder order_;
+    ChunkKind kind_;
     std::optional<Chunk> last_;
     std::size_t chunks_ = 0;
 };

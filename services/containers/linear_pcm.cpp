@@ -49,4 +49,16 @@ Result<SoundDescription> describeLinearPcm(std::uint32_t fileType, const LinearP
     return sound;
 }
 
+Result<SoundDescription> describeUndecoded(std::uint32_t fileType, std::uint32_t formatID,
+                                           double rate, std::uint32_t channels, ByteRange data) {
+    if (!isPlausible(rate, channels)) return Failure::kDamaged;
+    SoundDescription sound;
+    sound.fileType = fileType;
+    sound.data = data;
+    sound.format.mSampleRate = rate;
+    sound.format.mFormatID = formatID;
+    sound.format.mChannelsPerFrame = channels;
+    return sound;
+}
+
 }  // namespace atdp::services

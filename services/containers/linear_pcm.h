@@ -1,4 +1,4 @@
-// The one place where what a header says of linear PCM is checked.
+// The one place where what a header says of linear PCM, or of what is not decoded, is checked.
 #pragma once
 
 #include <cstdint>
@@ -26,5 +26,10 @@ bool isPlausible(double rate, std::uint32_t channels);
 // each other or are out of bounds.
 Result<SoundDescription> describeLinearPcm(std::uint32_t fileType, const LinearPcm& pcm,
                                            ByteRange data);
+
+// The description of an encoding that this system names but does not decode. kDamaged where the
+// rate or the channel count is out of bounds.
+Result<SoundDescription> describeUndecoded(std::uint32_t fileType, std::uint32_t formatID,
+                                           double rate, std::uint32_t channels, ByteRange data);
 
 }  // namespace atdp::services

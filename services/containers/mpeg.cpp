@@ -211,6 +211,7 @@ Result<SoundDescription> describeMpeg(ByteSource& source) {
 Result<SoundDescription> describeMpegData(ByteSource& source, std::uint32_t fileType,
                                           ByteRange data) {
     auto sound = describeRange(source, data, kMaxLeadingJunkBytes);
+    if (!sound && sound.failure() == Failure::kUnknownFileType) return Failure::kDamaged;
     if (sound) sound->fileType = fileType;
     return sound;
 }

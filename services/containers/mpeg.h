@@ -19,7 +19,8 @@ AudioStreamBasicDescription mpegFormat(const MpegHeader& header);
 // Recognises a file by several headers in a row that agree. kUnknownFileType when there are none.
 Result<SoundDescription> describeMpeg(ByteSource& source);
 
-// The same for MPEG audio within another container, whose type the description gets.
+// The same for MPEG audio within another container, whose type the description gets. kDamaged when
+// there are none.
 Result<SoundDescription> describeMpegData(ByteSource& source, std::uint32_t fileType,
                                           ByteRange data);
 

@@ -41,24 +41,11 @@ Result<std::uint32_t> fileTypeOf(ByteSource& source) {
     return kAudioFileMPEG4Type;
 }
 
-std::uint32_t losslessFlags(std::uint32_t bitDepth) {
-    return bitDepth == 16   ? kAppleLosslessFormatFlag_16BitSourceData
-           : bitDepth == 20 ? kAppleLosslessFormatFlag_20BitSourceData
-           : bitDepth == 24 ? kAppleLosslessFormatFlag_24BitSourceData
-                            : kAppleLosslessFormatFlag_32BitSourceData;
-}
-
 Result<AudioStreamBasicDescription> losslessFormat(ByteSource& source, const SoundTrack& track) {
     const auto config = readAlacConfig(source, track.entry);
     if (!config) return config.failure();
     if (!*config) return Failure::kDamaged;
-    AudioStreamBasicDescription format{};
-    format.mSampleRate = (*config)->sampleRate;
-    format.mFormatID = kAudioFormatAppleLossless;
-    format.mFormatFlags = losslessFlags((*config)->bitDepth);
-    format.mFramesPerPacket = (*config)->frameLength;
-    format.mChannelsPerFrame = (*config)->channels;
-    return format;
+    return alacFormat(**config);
 }
 
 // The code that the encoding goes under here: an 'mp4a' entry may hold several, and MPEG audio has

@@ -3,16 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "services/io/byte_cursor.h"
+#include "services/io/read_start.h"
 #include "services/limits.h"
 
 namespace atdp::services {
-
-Result<Bytes> readStart(ByteSource& source, ByteRange range, std::span<std::byte> room) {
-    const auto got =
-        source.readAt(range.offset, room.first(std::min<std::uint64_t>(room.size(), range.bytes)));
-    if (!got) return got.failure();
-    return Bytes(room).first(*got);
-}
 
 Result<std::optional<Atom>> AtomWalk::next() {
     constexpr std::uint64_t kToTheEnd = 0;  // sizes with a meaning of their own

@@ -6,7 +6,6 @@
 #include <initializer_list>
 #include <optional>
 
-#include "services/io/byte_cursor.h"
 #include "services/io/byte_source.h"
 
 namespace atdp::services {
@@ -15,9 +14,6 @@ struct Atom {
     std::uint32_t type = 0;  // four-character code
     ByteRange body;          // clamped to what encloses it
 };
-
-// The start of a run of bytes, such as a body: as much as there is of it and as `room` holds.
-Result<Bytes> readStart(ByteSource& source, ByteRange range, std::span<std::byte> room);
 
 // The atoms within a run of bytes, one after the other. It does not go into them; who does follows
 // a path of its own, so that their depth does not matter.

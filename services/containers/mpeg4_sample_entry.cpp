@@ -6,6 +6,7 @@
 #include "platform/core_audio_types.h"
 #include "services/containers/linear_pcm.h"
 #include "services/containers/mpeg4_atoms.h"
+#include "services/io/read_start.h"
 #include "services/limits.h"
 
 namespace atdp::services {

@@ -8,6 +8,7 @@
 #include "platform/core_audio_types.h"
 #include "services/containers/mpeg4_atoms.h"
 #include "services/containers/mpeg4_table.h"
+#include "services/io/read_start.h"
 
 namespace atdp::services {
 namespace {
