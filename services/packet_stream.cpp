@@ -6,6 +6,7 @@
 
 #include "services/codecs/alac_packet_decoder.h"
 #include "services/codecs/mpeg_decoder.h"
+#include "services/containers/caf.h"
 #include "services/containers/mpeg.h"
 #include "services/containers/mpeg4.h"
 #include "services/containers/mpeg4_packets.h"
@@ -54,7 +55,7 @@ Result<PacketStream> findMpegStream(const std::shared_ptr<ByteSource>& source,
 
 Result<PacketStream> findLosslessStream(const std::shared_ptr<ByteSource>& source,
                                         const SoundDescription& sound) {
-    auto track = readLosslessTrack(*source);
+    auto track = isCaf(sound) ? readCafLosslessTrack(*source) : readLosslessTrack(*source);
     if (!track) return track.failure();
     // The configuration is read anew here. Another one is another file's, put in this one's place.
     if (track->config.channels != sound.format.mChannelsPerFrame ||
@@ -73,7 +74,7 @@ Result<PacketStream> findLosslessStream(const std::shared_ptr<ByteSource>& sourc
 }
 
 bool isLossless(const SoundDescription& sound) {
-    return isMpeg4(sound) && sound.format.mFormatID == kAudioFormatAppleLossless;
+    return (isMpeg4(sound) || isCaf(sound)) && sound.format.mFormatID == kAudioFormatAppleLossless;
 }
 
 }  // namespace

@@ -44,6 +44,25 @@ void skipFill(AlacBitReader& bits) {
     bits.skip(std::uint64_t{8} * bytes);
 }
 
+// What stands in front of the samples of one or two channels.
+struct ElementHead {
+    bool isReservedClear = false;
+    unsigned lowBytes = 0;  // of a sample, stored apart
+    bool isPlain = false;
+    std::uint32_t frames = 0;
+};
+
+ElementHead readElementHead(AlacBitReader& bits, std::uint32_t frameLength) {
+    ElementHead head;
+    bits.read(4);  // instance
+    head.isReservedClear = bits.read(12) == 0;
+    const bool hasFrames = bits.read(1) != 0;
+    head.lowBytes = bits.read(2);
+    head.isPlain = bits.read(1) != 0;
+    head.frames = hasFrames ? bits.read(32) : frameLength;
+    return head;
+}
+
 struct Channel {
     AlacPredictor predictor;
     std::uint32_t meanFactor = 0;  // in quarters of the configuration's
@@ -61,6 +80,16 @@ Channel readChannel(AlacBitReader& bits) {
 }
 
 }  // namespace
+
+std::uint32_t alacFramesIn(Bytes start, const AlacConfig& config) {
+    AlacBitReader bits(start);
+    const std::uint32_t element = bits.read(3);
+    const bool hasSamples =
+        element == kSingleChannel || element == kChannelPair || element == kLowFrequency;
+    const std::uint32_t frames = readElementHead(bits, config.frameLength).frames;
+    const bool isKnown = hasSamples && !bits.isPastEnd();
+    return isKnown && frames > 0 && frames < config.frameLength ? frames : config.frameLength;
+}
 
 AlacDecoder::AlacDecoder(const AlacConfig& config, const AlacKernels& kernels)
     : config_(config), kernels_(kernels), pairs_(std::size_t{2} * config.frameLength) {}
@@ -90,20 +119,16 @@ std::uint32_t AlacDecoder::decode(Bytes packet, float* samples) {
 bool AlacDecoder::decodeElement(AlacBitReader& bits, Bytes packet, unsigned channels,
                                 float* samples) {
     if (channels > config_.channels - channelsDone_) return false;
-    bits.read(4);  // instance
-    const bool isReservedClear = bits.read(12) == 0;
-    const bool hasFrames = bits.read(1) != 0;
-    AlacOutput output{.channels = channels, .bitDepth = config_.bitDepth};
-    output.lowBytes = bits.read(2);
-    const bool isPlain = bits.read(1) != 0;
-    const std::uint32_t frames = hasFrames ? bits.read(32) : config_.frameLength;
-    if (!isReservedClear || frames == 0 || frames > config_.frameLength) return false;
-    if (channelsDone_ > 0 && frames != frames_) return false;
-    frames_ = frames;
-    if (isPlain) output.lowBytes = 0;
-    if (!(isPlain ? readPlain(bits, channels) : readPredicted(bits, channels, output)))
+    const ElementHead head = readElementHead(bits, config_.frameLength);
+    if (!head.isReservedClear || head.frames == 0 || head.frames > config_.frameLength)
         return false;
-    writeAlacSamples(output, packet, pairs_.data(), frames, samples, config_.channels,
+    if (channelsDone_ > 0 && head.frames != frames_) return false;
+    frames_ = head.frames;
+    AlacOutput output{.channels = channels, .bitDepth = config_.bitDepth};
+    output.lowBytes = head.isPlain ? 0 : head.lowBytes;
+    if (!(head.isPlain ? readPlain(bits, channels) : readPredicted(bits, channels, output)))
+        return false;
+    writeAlacSamples(output, packet, pairs_.data(), frames_, samples, config_.channels,
                      &kPlaces[config_.channels - 1][channelsDone_]);
     channelsDone_ += channels;
     return true;

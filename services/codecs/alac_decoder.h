@@ -10,6 +10,9 @@ namespace atdp::services {
 
 struct AlacOutput;
 
+// The frames of a packet, from its first 8 bytes; config.frameLength where they do not tell.
+std::uint32_t alacFramesIn(Bytes start, const AlacConfig& config);
+
 // Decodes packets of Apple Lossless, each on its own. One thread at a time.
 class AlacDecoder {
  public:

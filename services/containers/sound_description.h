@@ -9,8 +9,13 @@
 
 namespace atdp::services {
 
-// A chunk that says something of the sound: 'LIST' and 'id3 ' of WAVE, the text chunks of AIFF.
-// Only the first few ID3 tags of a file are among them, since each costs as much as a whole tag.
+// Codes of what has none in its file: the summary list of Wave64, the annotation of AU.
+inline constexpr std::uint32_t kWave64Summary = fourCharCode("w64s");
+inline constexpr std::uint32_t kAuAnnotation = fourCharCode(".snd");
+
+// A chunk that says something of the sound: 'LIST' and 'id3 ' of WAVE and Wave64, the text chunks
+// of AIFF, 'info' of CAF. Only the first few ID3 tags of a file are among them, since each costs as
+// much as a whole tag.
 struct TagChunk {
     std::uint32_t identifier;
     ByteRange body;

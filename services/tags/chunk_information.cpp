@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -9,6 +10,8 @@
 #include "services/limits.h"
 #include "services/tags/information.h"
 #include "services/tags/information_parts.h"
+#include "services/tags/key_texts.h"
+#include "services/text/utf16.h"
 
 namespace atdp::services {
 namespace {
@@ -26,15 +29,17 @@ void addText(TextMap& information, const char* name, Bytes bytes) {
     if (text && !text->empty()) information.emplace(name, std::move(*text));
 }
 
-// The sub-chunks of a LIST of type INFO (Microsoft's Multimedia Programming Interface, 1991, and
-// what programs have added since).
+// Codes of texts (Microsoft's Multimedia Programming Interface, 1991, and what programs have added
+// since).
+constexpr std::pair<std::uint32_t, const char*> kInfoNames[] = {
+    {fourCharCode("IART"), "artist"},       {fourCharCode("INAM"), "title"},
+    {fourCharCode("IPRD"), "album"},        {fourCharCode("ITRK"), "track number"},
+    {fourCharCode("IPRT"), "track number"}, {fourCharCode("IGNR"), "genre"},
+    {fourCharCode("ICRD"), "year"},         {fourCharCode("ICMT"), "comments"},
+    {fourCharCode("IMUS"), "composer"}};
+
+// The sub-chunks of a LIST of type INFO.
 void addInfoList(TextMap& information, Bytes list) {
-    constexpr std::pair<std::uint32_t, const char*> kNames[] = {
-        {fourCharCode("IART"), "artist"},       {fourCharCode("INAM"), "title"},
-        {fourCharCode("IPRD"), "album"},        {fourCharCode("ITRK"), "track number"},
-        {fourCharCode("IPRT"), "track number"}, {fourCharCode("IGNR"), "genre"},
-        {fourCharCode("ICRD"), "year"},         {fourCharCode("ICMT"), "comments"},
-        {fourCharCode("IMUS"), "composer"}};
     ByteCursor cursor(list);
     if (cursor.bigEndian<std::uint32_t>() != fourCharCode("INFO")) return;
     while (cursor.remainingBytes() >= 8) {
@@ -42,9 +47,28 @@ void addInfoList(TextMap& information, Bytes list) {
         const auto bytes = cursor.littleEndian<std::uint32_t>();
         if (bytes > cursor.remainingBytes()) return;
         const Bytes text = cursor.take(bytes);
-        for (const auto& [code, name] : kNames)
+        for (const auto& [code, name] : kInfoNames)
             if (code == identifier) addText(information, name, text);
         if (bytes % 2 != 0) cursor.skip(1);
+    }
+}
+
+// The summary list of Wave64: a count, then codes, sizes and texts in UTF-16.
+void addSummaryList(TextMap& information, Bytes list) {
+    ByteCursor cursor(list);
+    cursor.skip(4);
+    while (cursor.remainingBytes() >= 8) {
+        const auto identifier = cursor.bigEndian<std::uint32_t>();
+        const auto bytes = cursor.littleEndian<std::uint32_t>();
+        if (bytes > cursor.remainingBytes()) return;
+        const Bytes value = cursor.take(bytes);
+        for (const auto& [code, name] : kInfoNames) {
+            if (code != identifier) continue;
+            std::string text = fromUtf16(value.first(std::min(value.size(), kMaxTagEntryBytes)),
+                                         std::endian::little);
+            text.resize(std::min(text.find('\0'), text.size()));
+            if (!text.empty()) information.emplace(name, std::move(text));
+        }
     }
 }
 
@@ -63,6 +87,12 @@ void addOther(TextMap& information, std::uint32_t identifier, Bytes body) {
         addText(information, "artist", body);
     else if (identifier == fourCharCode("ANNO"))
         addText(information, "comments", body);
+    else if (identifier == fourCharCode("info"))
+        addCafStrings(information, body);
+    else if (identifier == kWave64Summary)
+        addSummaryList(information, body);
+    else if (identifier == kAuAnnotation)
+        addAuAnnotation(information, body);
 }
 
 bool isId3(const TagChunk& chunk) {

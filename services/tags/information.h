@@ -15,7 +15,7 @@ namespace atdp::services {
 // themselves are read, however large the file is.
 TextMap readMpegInformation(ByteSource& source);
 
-// Of a WAVE or AIFF file, by its chunks of tags: ID3v2 first, then the others in file order.
+// Of a file with chunks, by those that hold tags: ID3v2 first, then the others in file order.
 TextMap readChunkInformation(ByteSource& source, const std::vector<TagChunk>& chunks);
 
 }  // namespace atdp::services

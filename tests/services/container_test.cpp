@@ -1,15 +1,19 @@
-// What WAVE and AIFF files, sound and broken ones, are described as; and files of every kind cut
-// and changed anywhere.
+// What files of chunks, sound and broken ones, are described as; and files of every kind cut and
+// changed anywhere.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <tuple>
 #include <utility>
 
 #include "tests/support/aiff_builder.h"
+#include "tests/support/au_builder.h"
+#include "tests/support/caf_builder.h"
 #include "tests/support/damage.h"
 #include "tests/support/lossless_track.h"
 #include "tests/support/mpeg4_builder.h"
 #include "tests/support/tag_reading.h"
+#include "tests/support/wave64_builder.h"
 #include "tests/support/wave_builder.h"
 
 namespace atdp::test {
@@ -33,6 +37,18 @@ TEST(Containers, DescribeTheFormatsTheyHold) {
     };
     const auto aiff = [](std::uint16_t bits) {
         return AiffBuilder{.bits = bits, .data = kData}.bytes();
+    };
+    const auto caf = [](std::uint32_t flags, std::uint32_t bits, std::uint32_t packetBytes) {
+        return CafBuilder{
+            .flags = flags, .bits = bits, .bytesPerPacket = packetBytes, .data = kData}
+            .bytes();
+    };
+    const auto au = [](std::uint32_t encoding, const char* mark = ".snd") {
+        return AuBuilder{.mark = mark, .encoding = encoding, .data = kData}.bytes();
+    };
+    const auto wave64 = [](std::uint16_t tag, std::uint16_t bits,
+                           std::optional<std::uint16_t> valid = {}) {
+        return Wave64Builder{{.tag = tag, .bits = bits, .validBits = valid, .data = kData}}.bytes();
     };
     const std::pair<std::string, const char*> cases[] = {
         {plain(1, 8), "WAVE lpcm 8 8 2 1 2 44100 200"},
@@ -67,6 +83,24 @@ TEST(Containers, DescribeTheFormatsTheyHold) {
         {aiffC("FL64", 16), "AIFC lpcm 11 64 16 1 2 44100 25"},
         {aiffC("ULAW", 8), "AIFC ulaw 0 0 0 0 2 44100 0"},
         {aiffC("ima4", 4), "AIFC ima4 0 0 0 0 2 44100 0"},
+        {caf(0, 8, 2), "caff lpcm 12 8 2 1 2 44100 200"},
+        {caf(0, 16, 4), "caff lpcm 14 16 4 1 2 44100 100"},
+        {caf(2, 16, 4), "caff lpcm 12 16 4 1 2 44100 100"},
+        {caf(2, 24, 8), "caff lpcm 20 24 8 1 2 44100 50"},
+        {caf(1, 32, 8), "caff lpcm 11 32 8 1 2 44100 50"},
+        {caf(3, 64, 16), "caff lpcm 9 64 16 1 2 44100 25"},
+        {CafBuilder{.format = "aac ", .data = kData}.bytes(), "caff aac  0 0 0 0 2 44100 0"},
+        {losslessCaf(cafPacketTable({400}), kData).bytes(), "caff alac 1 0 0 4096 2 44100 0"},
+        {au(2), "NeXT lpcm 12 8 2 1 2 44100 200"},
+        {au(4), "NeXT lpcm 14 24 6 1 2 44100 66"},
+        {au(7), "NeXT lpcm 11 64 16 1 2 44100 25"},
+        {au(6, "dns."), "NeXT lpcm 9 32 8 1 2 44100 50"},
+        {au(1), "NeXT ulaw 0 0 0 0 2 44100 0"},
+        {au(27), "NeXT alaw 0 0 0 0 2 44100 0"},
+        {wave64(1, 8), "W64f lpcm 8 8 2 1 2 44100 200"},
+        {wave64(1, 32, 24), "W64f lpcm 20 24 8 1 2 44100 50"},
+        {wave64(3, 64), "W64f lpcm 9 64 16 1 2 44100 25"},
+        {wave64(6, 8), "W64f alaw 0 0 0 0 2 44100 0"},
     };
     for (const auto& [bytes, description] : cases) EXPECT_EQ(descriptionOf(bytes), description);
 }
@@ -92,6 +126,18 @@ TEST(Containers, FindTheSoundWhereSizesLie) {
                            .statedFormBytes = form}
             .bytes();
     };
+    const auto caf = [](std::uint64_t bytes) {
+        return CafBuilder{.data = kData, .statedDataBytes = bytes}.bytes();
+    };
+    const auto au = [](std::uint32_t bytes) {
+        return AuBuilder{.annotation = "odd", .data = kData, .statedBytes = bytes}.bytes();
+    };
+    const auto wave64 = [](std::uint64_t bytes, std::optional<std::uint64_t> form = {}) {
+        return Wave64Builder{
+            .wave = {.data = kData}, .statedDataBytes = bytes, .statedFormBytes = form}
+            .bytes();
+    };
+    constexpr std::uint64_t kMost = 0x7FFF'FFFF'FFFF'FFFF;
     const std::tuple<std::string, std::uint64_t, std::uint64_t> cases[] = {
         // offset, frames
         {behind(list), 44 + 18, 100},
@@ -112,6 +158,21 @@ TEST(Containers, FindTheSoundWhereSizesLie) {
         {aiff(0x7F000000), 54, 100},
         {aiff(0, 0, 0), 54, 100},
         {aiff({}, 0xFFFFFFFF), 54, 100},
+        {caf(~0ULL), 68, 100},
+        {caf(kMost), 68, 100},
+        {caf(44), 68, 10},
+        {caf(3), 67, 0},
+        {CafBuilder{.data = kData, .chunksBefore = cafChunk("free", "odd")}.bytes(), 83, 100},
+        {au(~0U), 27, 100},
+        {au(0), 27, 100},
+        {au(40), 27, 10},
+        {wave64(kMost), 104, 100},
+        {wave64(24, 0), 104, 100},
+        {wave64(24), 104, 0},
+        {wave64(23, 0), 104, 100},
+        {wave64(24 + 40), 104, 10},
+        {Wave64Builder{.wave = {.data = kData}, .chunksBefore = wave64Chunk("junk", "odd")}.bytes(),
+         136, 100},
     };
     for (const auto& [bytes, offset, frames] : cases) {
         const auto sound = describe(bytes);
@@ -140,10 +201,31 @@ TEST(Containers, RefuseWhatCannotBePlayed) {
         AiffBuilder{.rate = 1e10, .data = kData}.bytes(),
         AiffBuilder{.data = kData, .hasSound = false}.bytes(),
         AiffBuilder{.data = kData}.bytes().substr(0, 34),
+        CafBuilder{.channels = 0, .bytesPerPacket = 4, .data = kData}.bytes(),
+        CafBuilder{.rate = std::nan(""), .data = kData}.bytes(),
+        CafBuilder{.bytesPerPacket = 0, .data = kData}.bytes(),
+        CafBuilder{.bytesPerPacket = 5, .data = kData}.bytes(),
+        CafBuilder{.framesPerPacket = 0, .data = kData}.bytes(),
+        CafBuilder{.flags = 1, .bits = 16, .bytesPerPacket = 8, .data = kData}.bytes(),
+        CafBuilder{.flags = 1, .bits = 0x8000'0000, .data = kData}.bytes(),
+        CafBuilder{.format = ".mp3", .data = kData}.bytes(),
+        CafBuilder{.data = kData}.bytes().substr(0, 50),
+        losslessCaf("", kData).bytes(),
+        losslessCaf(cafPacketTable({400}), kData, "").bytes(),
+        losslessCaf(cafPacketTable({400}), kData, losslessConfig(16, 9)).bytes(),
+        AuBuilder{.data = kData}.bytes().substr(0, 23),
+        AuBuilder{.channels = 0, .data = kData}.bytes(),
+        AuBuilder{.data = kData, .statedOffset = 23}.bytes(),
+        AuBuilder{.data = kData, .statedOffset = 1000}.bytes(),
+        Wave64Builder{{.channels = 0, .frameBytes = 4, .data = kData}}.bytes(),
+        Wave64Builder{{.data = kData}}.bytes().substr(0, 80),
     };
     for (const std::string& bytes : damaged)
         EXPECT_EQ(refusal(bytes), Failure::kDamaged) << &bytes - damaged;
-    for (const char* text : {"", "RIFF", "hello, this is a text", "RIFF\0\0\0\0AVI LIST"})
+    EXPECT_EQ(refusal(AuBuilder{.encoding = 23, .data = kData}.bytes()),
+              Failure::kUnsupportedFormat);
+    for (const char* text :
+         {"", "RIFF", "caff", "riff.\x91\xCF\x11", "hello, this is a text", "RIFF\0\0\0\0AVI LIST"})
         EXPECT_EQ(refusal(text), Failure::kUnknownFileType) << text;
 }
 
@@ -152,7 +234,9 @@ TEST(Damage, LeavesNothingToBeReadOutsideOfTheFile) {
     const std::string sound = kData.substr(0, 40);
     for (const std::string& whole :
          {WaveBuilder{.data = sound}.bytes(), AiffBuilder{.data = sound}.bytes(),
-          largeWave("RF64", sound, 40, 10), tagsOfEveryKind(),
+          largeWave("RF64", sound, 40, 10), tagsOfEveryKind(), CafBuilder{.data = sound}.bytes(),
+          losslessCaf(cafPacketTable({20, 15, 5}, 10000, 7), sound).bytes(),
+          AuBuilder{.data = sound}.bytes(), Wave64Builder{{.data = sound}}.bytes(),
           Mpeg4Builder{.edits = editList(0, {{8000, 1000}})}.bytes()})
         forEachDamage(whole, [](const std::string& bytes) {
             const auto described = describe(bytes);

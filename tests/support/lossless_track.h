@@ -1,8 +1,9 @@
-// The packets of Apple Lossless in an MPEG-4 file in memory.
+// The packets of Apple Lossless in an MPEG-4 or CAF file in memory.
 #pragma once
 
 #include <string>
 
+#include "services/containers/caf.h"
 #include "services/containers/mpeg4_packets.h"
 #include "tests/support/described_sound.h"
 
@@ -10,7 +11,8 @@ namespace atdp::test {
 
 inline services::Result<services::LosslessTrack> lossless(const std::string& file) {
     MemorySource source(file);
-    return services::readLosslessTrack(source);
+    return file.starts_with("caff") ? services::readCafLosslessTrack(source)
+                                    : services::readLosslessTrack(source);
 }
 
 // "bytes of packets: priming, valid", so that a whole track is compared at once.
