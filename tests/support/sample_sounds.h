@@ -17,9 +17,12 @@
 #include "plugin/audio_toolbox_decoder_plugin.h"
 #include "plugin/module.h"
 #include "tests/support/aiff_builder.h"
+#include "tests/support/au_builder.h"
+#include "tests/support/caf_builder.h"
 #include "tests/support/data_file.h"
 #include "tests/support/id3_builder.h"
 #include "tests/support/temporary_file.h"
+#include "tests/support/wave64_builder.h"
 #include "tests/support/wave_builder.h"
 
 namespace atdp::test {
@@ -60,8 +63,14 @@ inline std::vector<SampleSound> sampleSounds() {
                                 .data = noise(2000),
                                 .chunksBefore = riffChunk("id3 ", sampleTag()) + info};
     const AiffBuilder aiff{.channels = 3, .data = noise(3 * 30'000)};
+    const CafBuilder caf{.data = noise(2 * 40'000),
+                         .chunksAfter = cafChunk("info", big32(1) + raw("title\0A title\0"))};
+    const AuBuilder au{.annotation = "Title=A title\n", .data = noise(2 * 40'000)};
+    const Wave64Builder wave64{.wave = {.data = noise(2 * 40'000)},
+                               .chunksAfter = wave64Chunk("id3 ", sampleTag())};
     const std::string layer3 = dataBytes("layer3-vbr2.mp3");
     const DecoderClass& linear = AudioToolboxWavDecoder::decoderClass();
+    const DecoderClass& lossless = AudioToolboxMP4Decoder::decoderClass();
     const DecoderClass& mpeg = AudioToolboxMP3Decoder::decoderClass();
     return {{"wave", wave.bytes(), linear},
             {"wave, short", shortWave.bytes(), linear},
@@ -71,7 +80,11 @@ inline std::vector<SampleSound> sampleSounds() {
             {"free format", dataBytes("layer3-free.mp3"), mpeg},
             {"layer II", dataBytes("layer2.mp2"), mpeg},
             {"layer III in MPEG-4, short", dataBytes("layer3.mp4"), mpeg},
-            {"lossless", dataBytes("lossless.m4a"), AudioToolboxMP4Decoder::decoderClass()}};
+            {"lossless", dataBytes("lossless.m4a"), lossless},
+            {"caf", caf.bytes(), linear},
+            {"lossless caf", asLosslessCaf(dataBytes("lossless.m4a")), lossless},
+            {"au", au.bytes(), linear},
+            {"wave64", wave64.bytes(), linear}};
 }
 
 inline bool isShort(const SampleSound& sound) {
