@@ -49,12 +49,17 @@ def make_files(folder):
     run("lame", "--quiet", "-b", 128, wav, folder / "sound.mp3")
     run("twolame", wav, folder / "sound.mp2")
     run("ffmpeg", "-nostdin", "-v", "error", "-i", wav, "-c:a", "alac", folder / "sound.m4a")
+    for name in ("sound.caf", "sound.au", "sound.w64"):
+        run("sox", wav, folder / name)
+    run("ffmpeg", "-nostdin", "-v", "error", "-i", wav, "-c:a", "alac", folder / "lossless.caf")
     mp3 = (folder / "sound.mp3").read_bytes()
     front = id3(3, (b"TIT2", b"\0Title"), (b"APIC", b"\0image/png\0\3\0" + bytes(100)))
     (folder / "tags.mp3").write_bytes(front + mp3 + ape(Title="Title", Artist="A") + id3v1())
     return {"WAV": wav, "WAV of floats": folder / "float.wav", "AIFF": folder / "sound.aiff",
             "MP3": folder / "sound.mp3", "MP3 with tags": folder / "tags.mp3",
-            "MP2": folder / "sound.mp2", "Apple Lossless": folder / "sound.m4a"}
+            "MP2": folder / "sound.mp2", "Apple Lossless": folder / "sound.m4a",
+            "CAF": folder / "sound.caf", "CAF with Apple Lossless": folder / "lossless.caf",
+            "AU": folder / "sound.au", "Wave64": folder / "sound.w64"}
 
 
 def cut(data, dice):

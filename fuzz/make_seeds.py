@@ -99,9 +99,90 @@ def aiff_files():
         yield f"aiff-streamed-{size:x}", with_size(aiff(frames=0), b"SSND", size)
 
 
+def caf_chunk(kind, body, size=None):
+    return kind + struct.pack(">q", len(body) if size is None else size) + body
+
+
+def caf(flags=0, bits=16, channels=2, kind=b"lpcm", frames=1, size=None, first=b"", last=b"",
+        data=bytes(range(256)) * 12):
+    """With chunks in front of the sound and behind it; a size of -1 is that of a stream."""
+    packet = (bits + 7) // 8 * channels
+    body = struct.pack(">d4sIIIII", 44100, kind, flags, packet, frames, channels, bits)
+    sound = caf_chunk(b"data", bytes(4) + data, size)
+    return b"caff\0\1\0\0" + caf_chunk(b"desc", body) + first + sound + last
+
+
+def caf_strings(**texts):
+    pairs = b"".join(key.encode() + b"\0" + text.encode() + b"\0" for key, text in texts.items())
+    return caf_chunk(b"info", struct.pack(">I", len(texts)) + pairs)
+
+
+def caf_files():
+    for flags, bits in ((0, 8), (0, 16), (2, 16), (0, 24), (2, 32), (1, 32), (3, 64)):
+        yield f"caf-{flags}-{bits}", caf(flags, bits)
+    yield "caf-streamed", caf(size=-1, first=caf_strings(title="Title", artist="Artist"))
+    layout = caf_chunk(b"chan", struct.pack(">III", 1 << 16, 0x60F, 0))
+    yield "caf-6", caf(2, 24, 6, first=layout, last=caf_chunk(b"free", bytes(9)))
+    yield "caf-mp3", caf(bits=0, kind=b".mp3", frames=1152, data=layer3_sound())
+
+
+def variable(number):
+    """Seven bits a byte, the top bit set but in the last."""
+    groups = [number >> shift & 0x7F for shift in range(28, -1, -7) if number >> shift or not shift]
+    return bytes(0x80 | group for group in groups[:-1]) + bytes(groups[-1:])
+
+
+def au(encoding, little=False, size=None, annotation=b"", data=bytes(range(256)) * 12):
+    numbers = (24 + len(annotation), len(data) if size is None else size, encoding, 44100, 2)
+    head = struct.pack("<5I" if little else ">5I", *numbers)
+    return (b"dns." if little else b".snd") + head + annotation + data
+
+
+def au_files():
+    for encoding in (1, 2, 3, 4, 5, 6, 7, 27):
+        yield f"au-{encoding}", au(encoding)
+    yield "au-little", au(3, little=True)
+    yield "au-streamed", au(3, size=UNKNOWN_SIZE, annotation=b"Title=A\nArtist=B\n\0")
+
+
+def wave64_chunk(code, body, rest="f3acd3118cd100c04f8edb8a"):
+    size = 24 + len(body)
+    return code + bytes.fromhex(rest) + struct.pack("<Q", size) + body + bytes(-size % 8)
+
+
+def wave64(file, last=b""):
+    """A WAVE file's chunks, and more behind them."""
+    chunks = b""
+    at = 12
+    while at < len(file):
+        code, size = struct.unpack_from("<4sI", file, at)
+        chunks += wave64_chunk(code, file[at + 8 : at + 8 + size])
+        at += 8 + size + size % 2
+    chunks += last
+    form = b"riff" + bytes.fromhex("2e91cf11a5d628db04c10000") + struct.pack("<Q", 40 + len(chunks))
+    return form + b"wave" + bytes.fromhex("f3acd3118cd100c04f8edb8a") + chunks
+
+
+def wave64_tags():
+    summary = struct.pack("<I4sI", 1, b"INAM", 4) + "A\0".encode("utf-16-le")
+    yield "summary", wave64_chunk(bytes.fromhex("bc945f92"), summary, "5a52d21186dc00c04f8edb8a")
+    yield "list", wave64_chunk(b"list", info_list(INAM="Title")[8:], "2f91cf11a5d628db04c10000")
+    yield "id3", wave64_chunk(b"id3 ", id3(3, (b"TIT2", b"\0Title")))
+
+
+def wave64_files():
+    for tag, bits in ((1, 8), (1, 16), (1, 24), (3, 32), (3, 64), (6, 8)):
+        yield f"wave64-{tag}-{bits}", wave64(wave(tag, 2, bits))
+    yield "wave64-extensible", wave64(wave(1, 6, 24, 0x3F, extra=riff(b"junk", b"odd")))
+    yield "wave64-mpeg", wave64(wave(0x55, 2, 16, data=layer3_sound()))
+
+
 def pcm_files():
     yield from wave_files()
     yield from aiff_files()
+    yield from caf_files()
+    yield from au_files()
+    yield from wave64_files()
 
 
 def synchsafe(number):
@@ -260,6 +341,27 @@ def with_items(file, head=bytes(4)):
     return edited(file, {b"udta": lambda _: b"", b"moov": lambda body: atom(b"moov", body + tags)})
 
 
+def first_of(atoms, *path):
+    """The body of an atom."""
+    for kind in path:
+        atoms = next(body for found, body in split_atoms(atoms) if found == kind)
+    return atoms
+
+
+def lossless_caf(frames=4096):
+    """The packets of the file lossless.m4a, which lie one after the other."""
+    file = (DATA / "lossless.m4a").read_bytes()
+    table = first_of(file, b"moov", b"trak", b"mdia", b"minf", b"stbl")
+    sizes = [size for (size,) in struct.iter_unpack(">I", first_of(table, b"stsz")[12:])]
+    (start,) = struct.unpack_from(">I", first_of(table, b"stco"), 8)
+    cookie = first_of(table, b"stsd")[8 + 8 + 28 :]
+    numbers = (variable(size) + (b"" if frames else variable(4096)) for size in sizes)
+    head = struct.pack(">qqii", len(sizes), 22050, 0, 2526)
+    first = caf_chunk(b"kuki", cookie) + caf_chunk(b"pakt", head + b"".join(numbers))
+    return caf(bits=0, kind=b"alac", frames=frames, first=first,
+               data=file[start : start + sum(sizes)])
+
+
 def mpeg4_files():
     for name in ("lossless.m4a", "lossless.mov", "layer3.mp4", "aac.m4a"):
         yield name, (DATA / name).read_bytes()
@@ -269,6 +371,8 @@ def mpeg4_files():
     lossless = (DATA / "lossless.m4a").read_bytes()
     yield "elst.m4a", edited(lossless, {b"elst": large_edits})
     yield "movie-first.mp4", movie_first(file)
+    yield "lossless.caf", lossless_caf()
+    yield "lossless-frames.caf", lossless_caf(0)
 
 
 def tagged_files():
@@ -282,6 +386,10 @@ def tagged_files():
         yield "mpeg-" + name, sound + tag
     texts = iff(b"AUTH", b"artist") + iff(b"ANNO", b"odd")
     yield "aiff", aiff(last=texts + iff(b"ID3 ", id3(3, (b"TALB", b"\0Album"))))
+    for name, chunk in wave64_tags():
+        yield "wave64-" + name, wave64(wave(1, 2, 16), chunk)
+    yield "caf", caf(last=caf_strings(title="Title", track="3/12", date="2001-02-03"))
+    yield "au", au(3, annotation=b"Title=Title\nTrack=3\n\0")
     yield "wave-two-lists", wave(1, 2, 16, extra=info_list(IART="A"), last=info_list(INAM="Title"))
     for name, head in (("lossless.m4a", bytes(4)), ("lossless.mov", b""), ("layer3.mp4", bytes(4))):
         yield name, with_items((DATA / name).read_bytes(), head)
