@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/failure.h"
+#include "host/stop_signal.h"
 #include "host/text_escape.h"
 
 namespace atdp::host {
@@ -16,6 +17,7 @@ void print(std::string_view text) {
         return;
     }
     if (errno == EPIPE) throw ClosedPipe();
+    if (errno == EINTR) checkForStop();
     throw Failure("standard output", std::strerror(errno));
 }
 

@@ -5,7 +5,8 @@
 
 namespace atdp::host {
 
-// Writes to standard output at once. Throws ClosedPipe or Failure when it cannot be written.
+// Writes to standard output at once. Throws ClosedPipe or Failure when it cannot be written, and
+// Interrupted when a stop signal breaks a wait.
 void print(std::string_view text);
 
 // Writes "atdp: MESSAGE" to standard error, always as one line.

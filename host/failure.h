@@ -12,6 +12,11 @@ struct Failure : std::runtime_error {
         : std::runtime_error(subject + ": " + reason) {}
 };
 
+// The disk that is written to has no room left.
+struct DiskFull : Failure {
+    using Failure::Failure;
+};
+
 // The command line asks for something that cannot be meant.
 struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;

@@ -55,20 +55,22 @@ void ModuleLog::receive(const char* line, void* context) {
     auto& log = *static_cast<ModuleLog*>(context);
     const std::lock_guard lock(log.mutex_);
     try {
-        log.lastLine_ = line;
+        log.lastLines_[std::this_thread::get_id()] = line;
     } catch (const std::bad_alloc&) {
-        log.lastLine_.clear();
+        log.lastLines_.erase(std::this_thread::get_id());
     }
 }
 
 void ModuleLog::forget() {
     const std::lock_guard lock(mutex_);
-    lastLine_.clear();
+    lastLines_.erase(std::this_thread::get_id());
 }
 
 std::string ModuleLog::reason(const std::string& otherwise) {
     const std::lock_guard lock(mutex_);
-    const std::optional<std::int32_t> status = statusOnLine(lastLine_);
+    const auto found = lastLines_.find(std::this_thread::get_id());
+    if (found == lastLines_.end()) return otherwise;
+    const std::optional<std::int32_t> status = statusOnLine(found->second);
     return status ? wordsForStatus(*status) : otherwise;
 }
 

@@ -23,13 +23,19 @@ bool existsAsSpecialFile(const std::string& path) {
     return ::stat(path.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode);
 }
 
+// What new files are denied. Read before there are threads: to read it is to change it for a
+// moment.
+const mode_t kCreationMask = [] {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return mask;
+}();
+
 // That of the file to be replaced, else that of new files.
 mode_t modeFor(const std::string& path) {
     struct stat facts;
     if (::stat(path.c_str(), &facts) == 0) return facts.st_mode & 07777;
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return 0666 & ~mask;
+    return 0666 & ~kCreationMask;
 }
 
 // Where in a regular file writing starts; -1 for anything else, and for a file that takes bytes
@@ -123,6 +129,7 @@ void OutputFile::fail() const {
     const int reason = errno;
     if (reason == EPIPE) throw ClosedPipe();
     if (reason == EINTR) checkForStop();
+    if (reason == ENOSPC || reason == EDQUOT) throw DiskFull(name_, std::strerror(reason));
     throw Failure(name_, std::strerror(reason));
 }
 

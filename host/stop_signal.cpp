@@ -2,15 +2,19 @@
 
 #include <signal.h>
 
+#include <atomic>
+
 #include "host/failure.h"
 
 namespace atdp::host {
 namespace {
 
-volatile sig_atomic_t stopRequested = 0;
+// Read by every thread that works.
+std::atomic<bool> stopRequested = false;
+static_assert(std::atomic<bool>::is_always_lock_free);  // or a handler must not touch it
 
 void requestStop(int) {
-    stopRequested = 1;
+    stopRequested = true;
 }
 
 }  // namespace
@@ -27,7 +31,7 @@ void catchStopSignals() {
 }
 
 void checkForStop() {
-    if (stopRequested != 0) throw Interrupted();
+    if (stopRequested) throw Interrupted();
 }
 
 }  // namespace atdp::host
