@@ -14,17 +14,6 @@
 namespace atdp::host {
 namespace {
 
-std::string wordsForErrno(int number) {
-    switch (number) {
-        case ENOENT:
-            return "no such file";
-        case EACCES:
-            return "permission denied";
-        default:
-            return std::strerror(number);
-    }
-}
-
 std::string whyNoDecoder(const std::string& path) {
     if (const auto problem = whyUnreadable(path)) return *problem;
     std::error_code ignored;
@@ -37,6 +26,17 @@ std::string whyNoDecoder(const std::string& path) {
 void DecoderCloser::operator()(SeekableFileDecoder* decoder) const {
     decoder->close();
     delete decoder;
+}
+
+std::string wordsForErrno(int number) {
+    switch (number) {
+        case ENOENT:
+            return "no such file";
+        case EACCES:
+            return "permission denied";
+        default:
+            return std::strerror(number);
+    }
 }
 
 std::optional<std::string> whyUnreadable(const std::string& path) {

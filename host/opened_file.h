@@ -25,6 +25,9 @@ struct OpenedFile {
 OpenedFile openFile(PluginModule& module, const std::string& path,
                     std::optional<double> thresholdDb = std::nullopt);
 
+// What the system says of a failure, by its number.
+std::string wordsForErrno(int number);
+
 // Why nothing can be read from the file, whatever is inside; nothing when it can be read.
 std::optional<std::string> whyUnreadable(const std::string& path);
 

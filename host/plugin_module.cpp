@@ -3,7 +3,10 @@
 #include <dlfcn.h>
 
 #include <filesystem>
+#include <new>
+#include <string_view>
 #include <type_traits>
+#include <variant>
 
 #include "decoder/option_keys.h"
 #include "host/failure.h"
@@ -66,6 +69,17 @@ PluginModule::PluginModule(const std::string& path) : path_(path) {
         ModuleLog::receive, &log_);
     plugin_ = principal->initWithKey(kPluginKey);
     if (!plugin_) throw Failure(path, "the module refuses to make its plug-in");
+}
+
+std::vector<std::string> PluginModule::extensions() {
+    const std::string_view key = *symbol<decltype(PLUGIN_KEY_EXTS)>("PLUGIN_KEY_EXTS");
+    const std::unique_ptr<Properties> properties = plugin_->getProperties();
+    if (!properties) throw std::bad_alloc();
+    for (const auto& [name, value] : *properties) {
+        const auto* const list = std::get_if<std::vector<std::string>>(&value);
+        if (name == key && list != nullptr) return *list;
+    }
+    return {};
 }
 
 std::string PluginModule::thresholdKey() const {

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/module_log.h"
 #include "plugin/module.h"
@@ -13,14 +14,18 @@ namespace atdp::host {
 // lib, or where the module is installed. Throws Failure when it is in none of them.
 std::string defaultModulePath();
 
-// Loads the module and makes its plug-in. Whatever the plug-in hands out must be gone before this
-// is, since the code that destroys it goes with the module.
+// Loads the module and makes its plug-in, which any threads may use at once. Whatever the plug-in
+// hands out must be gone before this is, since the code that destroys it goes with the module.
 class PluginModule {
  public:
     explicit PluginModule(const std::string& path);  // throws Failure
 
     PluginProtocol& plugin() { return *plugin_; }
     ModuleLog& log() { return log_; }
+
+    // The file extensions that the plug-in says it decodes, in lower case, without a dot. Throws
+    // Failure when the module does not export the key of that property.
+    std::vector<std::string> extensions();
 
     // The key of openByPath's option for the silence threshold. Throws Failure when the module
     // exports none.
