@@ -7,7 +7,6 @@
 #include "host/failure.h"
 #include "host/library_work.h"
 #include "host/result_names.h"
-#include "host/stop_signal.h"
 
 namespace atdp::host {
 namespace {
@@ -40,7 +39,8 @@ void checkFolderIsApart(const LibraryDecodeOptions& options) {
 void makeFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
-    if (error && !fs::is_directory(folder)) throw Failure(folder, error.message());
+    if (error == std::errc::no_space_on_device) throw DiskFull(folder, error.message());
+    if (error) throw Failure(folder, error.message());
 }
 
 // No older than its file, that is.
