@@ -7,7 +7,6 @@
 
 #include "host/failure.h"
 #include "host/frame_exact_seek.h"
-#include "host/stop_signal.h"
 
 namespace atdp::host {
 namespace {
@@ -49,12 +48,15 @@ std::uint64_t FrameReader::latestSeekFrame() const {
 void FrameReader::startAt(std::uint64_t frame) {
     const SeekPoint point = seekPointBefore(std::min(frame, latestSeekFrame()), rate_);
     log_.forget();
-    if (point.frame > 0 && file_.decoder->seek(point.nanoseconds) != DECODER_RESULT_OK) {
+    if ((point.frame > 0 || started_) &&
+        file_.decoder->seek(point.nanoseconds) != DECODER_RESULT_OK) {
         throw Failure(file_.path, "seeking failed: " + log_.reason("the decoder gives no reason"));
     }
+    pending_ = {};
+    result_ = DECODER_RESULT_OK;
+    ended_ = false;
     std::uint64_t framesToDrop = frame - point.frame;
     while (framesToDrop > 0) {
-        checkForStop();
         const std::span<const float> early = next();
         if (early.empty()) return;
         const std::uint64_t frames =
@@ -69,6 +71,7 @@ std::span<const float> FrameReader::next() {
     if (!ended_) {
         auto samples = static_cast<std::uint32_t>(samples_.size());
         log_.forget();
+        started_ = true;
         result_ = file_.decoder->getNextSamples(samples_.data(), &samples);
         ended_ = result_ != DECODER_RESULT_OK || samples < samples_.size();
         if (samples > 0) return {samples_.data(), samples};

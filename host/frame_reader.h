@@ -23,7 +23,8 @@ class FrameReader {
     double fileFrames() const;
 
     // Makes this frame the next one delivered, counted from the start of the sound at the rate
-    // of delivery. Past the end nothing is delivered.
+    // of delivery. Past the end nothing is delivered. Decodes some seconds at most. Throws Failure
+    // when the file cannot be decoded there.
     void startAt(std::uint64_t frame);
 
     // The next frames, interleaved, valid until the next call; empty at the end. Throws Failure
@@ -40,6 +41,7 @@ class FrameReader {
     std::vector<float> samples_;
     std::span<const float> pending_;  // delivered by the decoder, not yet by next()
     std::int32_t result_ = DECODER_RESULT_OK;
+    bool started_ = false;  // the decoder is no longer where it was opened
     bool ended_ = false;
 };
 

@@ -11,6 +11,8 @@
 namespace atdp::host {
 namespace {
 
+thread_local std::string lastLine;
+
 // A line about a failed call ends in its status, as (-43) or as (0x7479703F). In hexadecimal a
 // negative number has the width of a long.
 std::optional<std::int32_t> statusOnLine(std::string_view line) {
@@ -52,25 +54,26 @@ std::string wordsForStatus(std::int32_t status) {
 }  // namespace
 
 void ModuleLog::receive(const char* line, void* context) {
-    auto& log = *static_cast<ModuleLog*>(context);
-    const std::lock_guard lock(log.mutex_);
     try {
-        log.lastLines_[std::this_thread::get_id()] = line;
+        lastLine = line;
     } catch (const std::bad_alloc&) {
-        log.lastLines_.erase(std::this_thread::get_id());
+        lastLine.clear();
     }
+    const auto& log = *static_cast<const ModuleLog*>(context);
+    if (log.sink_ != nullptr) log.sink_(line, log.context_);
+}
+
+void ModuleLog::passOn(LogSink sink, void* context) {
+    sink_ = sink;
+    context_ = context;
 }
 
 void ModuleLog::forget() {
-    const std::lock_guard lock(mutex_);
-    lastLines_.erase(std::this_thread::get_id());
+    lastLine.clear();
 }
 
 std::string ModuleLog::reason(const std::string& otherwise) {
-    const std::lock_guard lock(mutex_);
-    const auto found = lastLines_.find(std::this_thread::get_id());
-    if (found == lastLines_.end()) return otherwise;
-    const std::optional<std::int32_t> status = statusOnLine(found->second);
+    const std::optional<std::int32_t> status = statusOnLine(lastLine);
     return status ? wordsForStatus(*status) : otherwise;
 }
 

@@ -1,11 +1,11 @@
 // The module's log, kept back so that a failure is one clear line. A decoder logs on the thread
-// that calls it, so each thread has the lines of its own file, however many are worked on at once.
+// that calls it, so each thread has the last line of its own file, however many are worked on at
+// once.
 #pragma once
 
-#include <map>
-#include <mutex>
 #include <string>
-#include <thread>
+
+#include "platform/log.h"
 
 namespace atdp::host {
 
@@ -13,6 +13,9 @@ class ModuleLog {
  public:
     // The log sink; `context` is a ModuleLog. Any thread.
     static void receive(const char* line, void* context);
+
+    // Passes each line on as well. To be called before decoders run.
+    void passOn(LogSink sink, void* context);
 
     // To be called before asking the module for something that may fail, by the same thread.
     void forget();
@@ -22,8 +25,8 @@ class ModuleLog {
     std::string reason(const std::string& otherwise);
 
  private:
-    std::mutex mutex_;
-    std::map<std::thread::id, std::string> lastLines_;
+    LogSink sink_ = nullptr;
+    void* context_ = nullptr;
 };
 
 }  // namespace atdp::host

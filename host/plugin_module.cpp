@@ -3,7 +3,9 @@
 #include <dlfcn.h>
 
 #include <filesystem>
+#include <initializer_list>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <type_traits>
 #include <variant>
@@ -22,22 +24,40 @@ std::string loadError(const std::string& path) {
     return message.starts_with(path + ": ") ? message.substr(path.size() + 2) : message;
 }
 
+// The first of the places that exists.
+std::optional<std::string> firstPresent(std::initializer_list<std::filesystem::path> places) {
+    for (const auto& place : places) {
+        std::error_code ignored;
+        if (std::filesystem::exists(place, ignored)) return place;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::string defaultModulePath() {
     const std::filesystem::path programFolder =
         std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const std::filesystem::path places[] = {
-        programFolder / kModuleFileName,
-        programFolder.parent_path() / "lib" / kModuleFileName,
-        ATDP_INSTALLED_MODULE,
-    };
-    for (const auto& place : places) {
-        std::error_code ignored;
-        if (std::filesystem::exists(place, ignored)) return place;
+    if (const auto path = firstPresent({programFolder / kModuleFileName,
+                                        programFolder.parent_path() / "lib" / kModuleFileName,
+                                        ATDP_INSTALLED_MODULE})) {
+        return *path;
     }
-    throw Failure(kModuleFileName, "not found beside this program, in ../lib or at " +
-                                       places[2].string() + " (name it with --plugin)");
+    throw Failure(kModuleFileName,
+                  "not found beside this program, in ../lib or at " ATDP_INSTALLED_MODULE
+                  " (name it with --plugin)");
+}
+
+std::string modulePathBeside(const void* address) {
+    Dl_info library{};
+    if (dladdr(address, &library) == 0) throw Failure(kModuleFileName, "not found");
+    const std::filesystem::path folder =
+        std::filesystem::canonical(library.dli_fname).parent_path();
+    if (const auto path = firstPresent({folder / kModuleFileName, ATDP_INSTALLED_MODULE})) {
+        return *path;
+    }
+    throw Failure(kModuleFileName,
+                  "found neither in " + folder.string() + " nor at " ATDP_INSTALLED_MODULE);
 }
 
 void PluginModule::LibraryCloser::operator()(void* library) const {

@@ -14,6 +14,11 @@ namespace atdp::host {
 // lib, or where the module is installed. Throws Failure when it is in none of them.
 std::string defaultModulePath();
 
+// The module to load for a plug-in of another program: beside the library that `address` lies in
+// (or beside the file that a link there leads to), or where the module is installed. Throws Failure
+// when it is in neither.
+std::string modulePathBeside(const void* address);
+
 // Loads the module and makes its plug-in, which any threads may use at once. Whatever the plug-in
 // hands out must be gone before this is, since the code that destroys it goes with the module.
 class PluginModule {
