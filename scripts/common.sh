@@ -3,6 +3,9 @@
 build_packages="g++ cmake make pkg-config libasound2-dev libcli11-dev nlohmann-json3-dev libmpg123-dev libsoxr-dev libtag1-dev zlib1g-dev"
 test_packages="libgtest-dev python3 binutils ffmpeg lame sox twolame"
 
+# The plug-in for Audacious is built where these are; dbus-daemon has dbus-run-session.
+audacious_packages="audacious audacious-dev audacious-plugins dbus-daemon"
+
 fuzz_packages="clang libclang-rt-14-dev llvm"
 
 bench_packages="libbenchmark-dev libavcodec-dev libavformat-dev libsamplerate0-dev libsndfile1-dev"
