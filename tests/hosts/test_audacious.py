@@ -20,7 +20,7 @@ class Playing(PlayerTest):
                  self.ffmpeg(source, "x.m4a", "-c:a", "alac"), source]
         sound, log = self.play(*songs, DATA / "aac.m4a")
         expected = b"".join(map(self.raw, songs))
-        self.assertEqual(sound[: len(expected)], expected)
+        self.assertTrue(sound.startswith(expected))
         self.assertGreater(len(sound), len(expected))  # what the AAC file gave
         self.assertIn(f"Matched {OURS} by content", log)
         self.assertIn("Matched FFmpeg Plugin by content", log)
@@ -36,7 +36,7 @@ class Playing(PlayerTest):
             sheet.write_text(f'FILE "{path.name}" WAVE\n' + "".join(
                 f"TRACK {n:02} AUDIO\nINDEX 01 {start}\n" for n, start in enumerate(starts, 1)))
             sound, log = self.play(sheet)
-            self.assertEqual(sound, self.raw(path), path)
+            self.assertTrue(sound == self.raw(path), path)
             self.assertIn(f"Matched {OURS} by content", log)
 
     def test_silence_is_cut_where_the_settings_say_so(self):
@@ -44,12 +44,12 @@ class Playing(PlayerTest):
         run("sox", "-R", "-n", "-r", 44100, "-c", 2, source, "synth", 3, "pinknoise", "pad", 1, 1)
         unknown = self.lame(source, "-t", name="unknown.mp3")
         known = self.lame(source, name="known.mp3")
-        self.assertEqual(self.play(unknown)[0], self.raw(unknown))
+        self.assertTrue(self.play(unknown)[0] == self.raw(unknown))
         self.settings("[audiotoolbox]\ncut_silence=TRUE\nsilence_threshold_db=-50\n")
         sound, _ = self.play(unknown, known)
         cut = self.raw(unknown, "--threshold-db", -50)
         self.assertLess(len(cut), len(self.raw(unknown)))
-        self.assertEqual(sound, cut + self.raw(known))
+        self.assertTrue(sound == cut + self.raw(known))
 
     def test_facts_about_songs(self):
         source = self.sox("in.wav", seconds=3)
@@ -115,7 +115,7 @@ class BadInput(PlayerTest):
                 self.assertTrue(self.play(*group, good)[0].endswith(expected))
 
     def test_files_that_change_while_they_play(self):
-        source = self.sox("long.wav", seconds=40)
+        source = self.sox("long.wav", seconds=20)
         good = self.sox("good.wav")
         for change in ("replace", "shorten", "remove"):
             with self.subTest(change=change):
@@ -123,6 +123,7 @@ class BadInput(PlayerTest):
                 song = self.folder / "song.wav"
                 shutil.copy(source, song)
                 device = SlowDevice(self.captured)
+                self.addCleanup(device.close)
                 self.start(song, good)
                 self.until(lambda: len(device.sound) > 1_000_000, "the song plays")
                 if change == "replace":
@@ -132,7 +133,7 @@ class BadInput(PlayerTest):
                 else:
                     song.unlink()
                 self.wait()
-                device.thread.join(timeout=10)
+                device.finish()
                 self.assertTrue(device.sound.endswith(self.raw(good)))
 
     def test_two_hundred_songs_skipped_in_a_hurry(self):
@@ -143,6 +144,7 @@ class BadInput(PlayerTest):
                  self.ffmpeg(source, "x.m4a", "-c:a", "alac"), bad]
         songs = kinds * 40
         device = SlowDevice(self.captured)
+        self.addCleanup(device.close)
         self.start(*songs, options=())
         self.until(lambda: self.tool("playlist-length") == str(len(songs)), "all songs are there")
         self.until(lambda: device.sound, "the first plays")
@@ -150,9 +152,10 @@ class BadInput(PlayerTest):
             self.tool("playlist-jump", song)
             if song % 10 == 0:
                 self.tool("playback-seek", song % 19)
-        self.tool("playlist-jump", len(songs) - 1)
-        self.until(lambda: self.tool("playback-status") == "playing", "a song plays")
-        self.assertIn("x", self.tool("current-song"))
+        self.tool("playlist-jump", 7)  # the last could not be played, so the player stopped
+        self.tool("playback-play")
+        self.until(lambda: self.tool("current-song-output-length-seconds") not in ("", "0"),
+                   "it plays")
         self.tool("shutdown")  # in the middle of a song
         self.wait()
 

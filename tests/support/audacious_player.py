@@ -70,7 +70,8 @@ class PlayerTest(InFolder):
 
     def wait(self):
         """Until the player has quit by itself; answers its log."""
-        self.assertEqual(self.process.wait(timeout=30), 0, self.log.read_text())
+        self.assertEqual(self.process.wait(timeout=30), 0,
+                         self.log.read_text()[-2000:])
         return self.log.read_text()
 
     def play(self, *paths):
@@ -91,7 +92,7 @@ class PlayerTest(InFolder):
             if holds():
                 return
             time.sleep(0.05)
-        self.fail(f"not in ten seconds: {what}\n{self.log.read_text()}")
+        self.fail(f"not in ten seconds: {what}\n{self.log.read_text()[-2000:]}")
 
 
 class SlowDevice:
@@ -99,14 +100,28 @@ class SlowDevice:
 
     def __init__(self, path, bytes_a_second=4_000_000):
         os.mkfifo(path)
-        self.path = path
+        # Also for writing, so that it stays open while the player has it closed.
+        self.pipe = os.open(path, os.O_RDWR | os.O_NONBLOCK)
         self.pause = 65536 / bytes_a_second
         self.sound = b""
-        self.thread = threading.Thread(target=self.take, daemon=True)
+        self.ending = False
+        self.thread = threading.Thread(target=self.take)
         self.thread.start()
 
     def take(self):
-        with open(self.path, "rb", buffering=0) as device:
-            while block := device.read(65536):
-                self.sound += block
-                time.sleep(self.pause)
+        while True:
+            try:
+                self.sound += os.read(self.pipe, 65536)
+            except BlockingIOError:
+                if self.ending:
+                    return
+            time.sleep(self.pause)
+
+    def finish(self):
+        """Takes what the player, which has quit, has left."""
+        self.ending = True
+        self.thread.join()
+
+    def close(self):
+        self.finish()
+        os.close(self.pipe)
