@@ -6,7 +6,7 @@ import shutil
 import unittest
 
 from audacious_player import PLUGIN, PlayerTest, SlowDevice
-from commands import run
+from commands import floats, run
 from tag_bytes import gapless_comment
 
 DATA = pathlib.Path(__file__).parents[1] / "data"
@@ -45,7 +45,8 @@ class Playing(PlayerTest):
         unknown = self.lame(source, "-t", name="unknown.mp3")
         known = self.lame(source, name="known.mp3")
         self.assertTrue(self.play(unknown)[0] == self.raw(unknown))
-        self.settings("[audiotoolbox]\ncut_silence=TRUE\nsilence_threshold_db=-50\n")
+        self.settings("enable_replay_gain=FALSE\n"
+                      "[audiotoolbox]\ncut_silence=TRUE\nsilence_threshold_db=-50\n")
         sound, _ = self.play(unknown, known)
         cut = self.raw(unknown, "--threshold-db", -50)
         self.assertLess(len(cut), len(self.raw(unknown)))
@@ -73,6 +74,15 @@ class Playing(PlayerTest):
                 {name: self.tool("playlist-tuple-data", name, song) for name in facts}, facts)
         self.tool("shutdown")
         self.wait()
+
+    def test_replay_gain_of_tags_is_heeded(self):
+        plain = self.lame(self.sox("in.wav"))
+        song = self.ffmpeg(plain, "gain.mp3", "-c", "copy", "-metadata",
+                           "REPLAYGAIN_TRACK_GAIN=-6.0206 dB")  # half
+        self.settings("enable_replay_gain=TRUE\nreplay_gain_preamp=0\n")
+        sound, whole = floats(self.play(song)[0]), floats(self.raw(song))
+        self.assertEqual(len(sound), len(whole))
+        self.assertTrue(all(abs(half - full / 2) < 1e-6 for half, full in zip(sound, whole)))
 
     def test_without_its_module_others_play_and_later_it_again(self):
         song = self.lame(self.sox("in.wav"))

@@ -10,12 +10,12 @@ import time
 from commands import InFolder
 
 PLUGIN = pathlib.Path(os.environ["AUDACIOUS_PLUGIN"])
-PLAYER = pathlib.Path("/usr/bin/audacious")
+PLAYER = pathlib.Path(shutil.which("audacious"))
+INSTALLED = PLAYER.parents[1]
 PLUGINS = pathlib.Path(os.environ["AUDACIOUS_PLUGINS"])  # the player's own
 SETTINGS = """[audacious]
 output_bit_depth=-1
 software_volume_control=TRUE
-enable_replay_gain=FALSE
 """
 SOUND_DEVICE = """pcm.!default {{
     type file; slave.pcm {{ type null }}; file "{}"; format "raw"
@@ -31,12 +31,12 @@ class PlayerTest(InFolder):
         # The player finds its plug-ins relative to its own place.
         prefix = self.folder / "prefix"
         self.player = prefix / "bin" / PLAYER.name
-        self.input = prefix / PLUGINS.relative_to("/usr") / "Input"
+        self.input = prefix / PLUGINS.relative_to(INSTALLED) / "Input"
         self.player.parent.mkdir(parents=True)
         shutil.copy(PLAYER, self.player)
         self.input.mkdir(parents=True)
         for path in [*PLUGINS.iterdir(), *(PLUGINS / "Input").iterdir()]:
-            place = prefix / path.relative_to("/usr")
+            place = prefix / path.relative_to(INSTALLED)
             if path.name != "Input" and path.name != PLUGIN.name:
                 place.symlink_to(path)
         (self.input / PLUGIN.name).symlink_to(PLUGIN)
@@ -52,7 +52,7 @@ class PlayerTest(InFolder):
         }
         self.settings()
 
-    def settings(self, text=""):
+    def settings(self, text="enable_replay_gain=FALSE\n"):
         folder = self.folder / "audacious"
         folder.mkdir(exist_ok=True)
         (folder / "config").write_text(SETTINGS + text)
