@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+#include "decoder/protocols.h"
+
 namespace atdp::host {
 
 struct SeekPoint {
@@ -16,5 +18,10 @@ struct SeekPoint {
 
 // The latest point that lands at or before `frame`, at `rate` frames a second.
 SeekPoint seekPointBefore(std::uint64_t frame, float rate);
+
+// The same for an open decoder of that class, at the rate that it delivers. It keeps away from
+// where the class repeats frames after a seek, so some seconds of sound may come before `frame`.
+SeekPoint seekPointFor(const DecoderClass& decoderClass, AudioFileDecoder& decoder,
+                       std::uint64_t frame);
 
 }  // namespace atdp::host

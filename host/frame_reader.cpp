@@ -1,8 +1,6 @@
 #include "host/frame_reader.h"
 
 #include <algorithm>
-#include <limits>
-#include <string_view>
 #include <utility>
 
 #include "host/failure.h"
@@ -12,15 +10,6 @@ namespace atdp::host {
 namespace {
 
 constexpr std::uint32_t kMostSamples = 1u << 22;  // a request; 16 MiB of floats
-
-// The decoder of MPEG files repeats frames after a seek into the last second, so no seek goes
-// there. It counts that second back from the end of all frames, but a seek from behind those cut
-// at the start, which are up to a second. One more second outweighs the rounding of the duration.
-constexpr double kUnsoughtSeconds = 3;
-
-bool repeatsFrames(const DecoderClass& decoderClass) {
-    return std::string_view(decoderClass.name) == "AudioToolboxMP3Decoder";
-}
 
 }  // namespace
 
@@ -39,14 +28,8 @@ double FrameReader::fileFrames() const {
     return static_cast<double>(file_.decoder->getDuration()) * double{rate_} / 1e9;
 }
 
-std::uint64_t FrameReader::latestSeekFrame() const {
-    if (!repeatsFrames(*file_.decoderClass)) return std::numeric_limits<std::uint64_t>::max();
-    const double frame = fileFrames() - kUnsoughtSeconds * double{rate_};
-    return static_cast<std::uint64_t>(std::clamp(frame, 0.0, 0x1p62));
-}
-
 void FrameReader::startAt(std::uint64_t frame) {
-    const SeekPoint point = seekPointBefore(std::min(frame, latestSeekFrame()), rate_);
+    const SeekPoint point = seekPointFor(*file_.decoderClass, *file_.decoder, frame);
     log_.forget();
     if ((point.frame > 0 || started_) &&
         file_.decoder->seek(point.nanoseconds) != DECODER_RESULT_OK) {

@@ -32,8 +32,6 @@ class FrameReader {
     std::span<const float> next();
 
  private:
-    std::uint64_t latestSeekFrame() const;
-
     OpenedFile& file_;
     ModuleLog& log_;
     std::uint32_t channels_;
