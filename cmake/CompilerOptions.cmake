@@ -1,6 +1,7 @@
 # Flags that every target is built with.
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
-                    -Wnon-virtual-dtor -Wno-missing-field-initializers -Wold-style-cast -Woverloaded-virtual)
+                    -Wno-missing-field-initializers
+                    "$<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Wold-style-cast;-Woverloaded-virtual>")
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     add_compile_options(-Wno-restrict)  # GCC 12 finds overlaps in std::string where there are none
 endif()
