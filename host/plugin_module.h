@@ -11,7 +11,8 @@
 namespace atdp::host {
 
 // The module to load when the command line names none: beside this program, in its sibling folder
-// lib, or where the module is installed. Throws Failure when it is in none of them.
+// lib, or in the folder of modules of the tree that this program is installed in. Throws Failure
+// when it is in none of them.
 std::string defaultModulePath();
 
 // The module to load for a plug-in of another program: beside the library that `address` lies in
