@@ -35,6 +35,8 @@ file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/shlibs "libatdp 0 libatdp0 (>= ${PROJECT_
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBATDP0_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_BINARY_DIR}/shlibs ${CMAKE_CURRENT_BINARY_DIR}/triggers)
+install(FILES libatdp0.lintian RENAME libatdp0
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT libatdp0)
 set(CPACK_DEBIAN_LIBATDP0_PACKAGE_SECTION libs)
 set(CPACK_COMPONENT_LIBATDP0_DESCRIPTION
 "decoders of PCM, MPEG audio and Apple Lossless files
