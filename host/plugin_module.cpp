@@ -24,6 +24,18 @@ std::string loadError(const std::string& path) {
     return message.starts_with(path + ": ") ? message.substr(path.size() + 2) : message;
 }
 
+// Where this program is; where it was to be installed, if the system does not tell.
+std::filesystem::path folderOfProgram() {
+    std::error_code problem;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", problem);
+    return problem ? ATDP_INSTALLED_PROGRAMS : program.parent_path();
+}
+
+// Where the module is installed, for programs in that folder.
+std::filesystem::path installedModule(const std::filesystem::path& programFolder) {
+    return (programFolder / ATDP_INSTALLED_MODULES / kModuleFileName).lexically_normal();
+}
+
 // The first of the places that exists.
 std::optional<std::string> firstPresent(std::initializer_list<std::filesystem::path> places) {
     for (const auto& place : places) {
@@ -36,16 +48,15 @@ std::optional<std::string> firstPresent(std::initializer_list<std::filesystem::p
 }  // namespace
 
 std::string defaultModulePath() {
-    const std::filesystem::path programFolder =
-        std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    if (const auto path = firstPresent({programFolder / kModuleFileName,
-                                        programFolder.parent_path() / "lib" / kModuleFileName,
-                                        ATDP_INSTALLED_MODULE})) {
+    const std::filesystem::path programFolder = folderOfProgram();
+    const std::filesystem::path installed = installedModule(programFolder);
+    if (const auto path =
+            firstPresent({programFolder / kModuleFileName,
+                          programFolder.parent_path() / "lib" / kModuleFileName, installed})) {
         return *path;
     }
-    throw Failure(kModuleFileName,
-                  "not found beside this program, in ../lib or at " ATDP_INSTALLED_MODULE
-                  " (name it with --plugin)");
+    throw Failure(kModuleFileName, "not found beside this program, in ../lib or at " +
+                                       installed.string() + " (name it with --plugin)");
 }
 
 std::string modulePathBeside(const void* address) {
@@ -53,11 +64,10 @@ std::string modulePathBeside(const void* address) {
     if (dladdr(address, &library) == 0) throw Failure(kModuleFileName, "not found");
     const std::filesystem::path folder =
         std::filesystem::canonical(library.dli_fname).parent_path();
-    if (const auto path = firstPresent({folder / kModuleFileName, ATDP_INSTALLED_MODULE})) {
-        return *path;
-    }
+    const std::filesystem::path installed = installedModule(ATDP_INSTALLED_PROGRAMS);
+    if (const auto path = firstPresent({folder / kModuleFileName, installed})) return *path;
     throw Failure(kModuleFileName,
-                  "found neither in " + folder.string() + " nor at " ATDP_INSTALLED_MODULE);
+                  "found neither in " + folder.string() + " nor at " + installed.string());
 }
 
 void PluginModule::LibraryCloser::operator()(void* library) const {
