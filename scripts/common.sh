@@ -5,7 +5,8 @@ test_packages="libgtest-dev python3 binutils ffmpeg lame sox twolame"
 
 # The plug-in for Audacious is built where these are; dbus-daemon has dbus-run-session.
 audacious_packages="audacious audacious-dev audacious-plugins dbus-daemon"
-package_packages="dpkg-dev file lintian"
+
+package_packages="audacious-dev dpkg-dev file lintian"
 
 fuzz_packages="clang libclang-rt-14-dev llvm"
 

@@ -29,8 +29,8 @@ constexpr std::uint32_t kBlockFrames = 4096;
 // none: one that no other plug-in has would come to us whatever is inside, also from the network.
 // So .m4b, .mov, .caf and .aifc, where most files or many are of kinds that others decode, are not
 // here. They are still found by what is inside.
-const char* const kExtensions[] = {"wav", "wave", "rf64", "aif", "aiff", "au",   "mp3",
-                                   "mp2", "mp1",  "mpa",  "m4a", "mp4",  nullptr};
+const char* const kExtensions[] = {"wav", "wave", "rf64", "aif", "aiff", "au",  "mp3",
+                                   "mp2", "mp1",  "mpa",  "m4a", "mp4",  "w64", nullptr};
 
 constexpr const char* kAbout =
     "Plays WAV, AIFF, MPEG audio and Apple Lossless files through the AudioToolbox decoder "
