@@ -31,9 +31,10 @@ _atdp() {
     local options='--help --plugin'
     case $command in
         describe) options+=' --json' ;;
+        probe) options+=' --jobs' ;;
         info) options+=' --json --json-lines --jobs --threshold-db --release' ;;
         decode)
-            options+=' -o --jobs --raw --encoding --from --for --request --rate --channels'
+            options+=' -o --force --jobs --raw --encoding --from --for --request --rate --channels'
             options+=' --threshold-db'
             ;;
         play) options+=' --rate --channels --threshold-db' ;;
