@@ -125,10 +125,10 @@ void addDecodeCommand(CLI::App& app, Command& chosen) {
     addThresholdOption(*command, decoding.thresholdDb);
     command->footer(
         "Into a folder, the folders below a named folder are kept. A result that is no older than\n"
-        "its file is complete and skipped, whatever the options then: decoding that was stopped\n"
-        "goes on when it is started again. Where two sound files differ in their extensions "
-        "alone,\n"
-        "results have the whole names: a.mp3.wav and a.aiff.wav.");
+        "its file is complete and skipped, whatever file and options it was made of: decoding\n"
+        "that was stopped goes on when it is started again. An older one is not replaced.\n"
+        "Where two sound files differ in their extensions alone, results have the whole names:\n"
+        "a.mp3.wav and a.aiff.wav.");
     command->callback([&chosen, options] {
         chosen = [options](PluginModule& module) { return decode(module, *options); };
     });

@@ -46,7 +46,6 @@ void makeFolder(const fs::path& folder) {
 // No older than its file, that is.
 bool isComplete(const fs::path& result, const std::string& path) {
     std::error_code error;
-    if (!fs::is_regular_file(result, error)) return false;
     const auto written = fs::last_write_time(result, error);
     if (error) return false;
     const auto changed = fs::last_write_time(path, error);
@@ -76,8 +75,13 @@ class LibraryDecode {
         std::error_code ignored;  // of paths that do not exist
         if (fs::equivalent(result, file.path, ignored))
             throw Failure(file.path, "its result would replace it (decode it into another folder)");
-        if (!options_.again && isComplete(result, file.path)) return {Outcome::kComplete, {}, {}};
-
+        if (fs::is_fifo(result, ignored))
+            throw Failure(result, "is no file");  // a wait without end
+        if (!options_.again && fs::is_regular_file(result, ignored)) {
+            if (isComplete(result, file.path)) return {Outcome::kComplete, {}, {}};
+            throw Failure(
+                result, "exists already and is older than " + file.path + " (--force replaces it)");
+        }
         FileDecode decode(module_, file.path, options_.decode);
         makeFolder(result.parent_path());
         std::uint64_t framesTold = 0;

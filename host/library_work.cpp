@@ -1,6 +1,8 @@
 #include "host/library_work.h"
 
 #include <chrono>
+#include <filesystem>
+#include <new>
 
 #include "host/console.h"
 #include "host/exit_codes.h"
@@ -22,6 +24,10 @@ FileResult resultOf(const LibraryFile& file, const LibraryWork& work) {
         throw;  // each of the other files would meet it too
     } catch (const Failure& failure) {
         return {Outcome::kFailed, {}, failure.what()};
+    } catch (const std::filesystem::filesystem_error& failure) {
+        return {Outcome::kFailed, {}, file.path + ": " + failure.code().message()};
+    } catch (const std::bad_alloc&) {
+        return {Outcome::kFailed, {}, file.path + ": out of memory"};
     }
 }
 
@@ -41,14 +47,23 @@ int deliverAll(const Library& library, std::uint32_t jobs, const LibraryWork& wo
         progress.add(result.outcome);
         return result;
     });
-    for (const LibraryFile& file : library.files) {
-        const FileResult result = awaitNext(queue, progress);
-        if (result.outcome == Outcome::kFailed) {
-            exitCode = kExitFailed;
-            progress.clear();
-            if (!result.error.empty()) printError(result.error);
+    const auto tellFailure = [&](const FileResult& result) {
+        if (result.outcome != Outcome::kFailed) return;
+        exitCode = kExitFailed;
+        progress.clear();
+        if (!result.error.empty()) printError(result.error);
+    };
+    try {
+        for (const LibraryFile& file : library.files) {
+            const FileResult result = awaitNext(queue, progress);
+            tellFailure(result);
+            if (work.deliver) work.deliver(file, result);
         }
-        if (work.deliver) work.deliver(file, result);
+    } catch (const ClosedPipe&) {
+        throw;  // nobody listens any more
+    } catch (...) {
+        for (const FileResult& result : queue.stop()) tellFailure(result);
+        throw;
     }
     return exitCode;
 }
@@ -78,7 +93,8 @@ int workThrough(const Library& library, std::uint32_t jobs, const LibraryWork& w
 
 bool isOtherFile(PluginModule& module, const SoundNames& names, const LibraryFile& file) {
     return !file.named && file.error == 0 && !names.contains(file.path) &&
-           module.plugin().findDecoderClassByPath(file.path) == nullptr;
+           module.plugin().findDecoderClassByPath(file.path) == nullptr &&
+           !whyUnreadable(file.path);
 }
 
 }  // namespace atdp::host

@@ -50,7 +50,7 @@ ResultNames::ResultNames(const Library& library, SoundNames sounds, std::string 
     soundStems_ = stemsOf(std::move(sound));
     for (const LibraryFile& file : library.files) {
         if (countIn(names_, hashOf(file.below())) > 1)
-            firstPaths_.try_emplace(file.below(), file.path);
+            firstPaths_.try_emplace(lowerCase(file.below()), file.path);
     }
 }
 
@@ -63,7 +63,7 @@ bool ResultNames::isStemFree(const LibraryFile& file) const {
 }
 
 std::string ResultNames::nameFor(const LibraryFile& file) const {
-    const auto first = firstPaths_.find(file.below());
+    const auto first = firstPaths_.find(lowerCase(file.below()));
     if (first != firstPaths_.end() && first->second != file.path) {
         throw Failure(file.path, "its result would replace that of " + std::string(first->second) +
                                      " (decode it into another folder)");

@@ -22,7 +22,8 @@ class ResultNames {
     ResultNames(const Library& library, SoundNames sounds, std::string extension);
 
     // The path of the file's result from the output folder down. Throws Failure when the result of
-    // an earlier file, from another named folder, has that very path. Any thread.
+    // an earlier file, from another named folder or another by its case alone, has that path. Any
+    // thread.
     std::string nameFor(const LibraryFile& file) const;
 
  private:
@@ -37,7 +38,7 @@ class ResultNames {
     Hashes names_;
     Hashes stems_;
     Hashes soundStems_;  // of the files that are sound by their names
-    std::unordered_map<std::string_view, std::string_view> firstPaths_;  // of names that recur
+    std::unordered_map<std::string, std::string_view> firstPaths_;  // of names that recur
 };
 
 }  // namespace atdp::host

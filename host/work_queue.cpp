@@ -20,15 +20,32 @@ WorkQueue::WorkQueue(std::size_t items, std::uint32_t jobs, Work work)
         while (threads_.size() < threads) threads_.emplace_back([this] { workOn(); });
     } catch (const std::system_error&) {
         if (threads_.empty()) throw;  // fewer do as well
+    } catch (...) {
+        endThreads();
+        throw;
     }
 }
 
 WorkQueue::~WorkQueue() {
+    endThreads();
+}
+
+void WorkQueue::endThreads() {
     {
         const std::lock_guard lock(mutex_);
         stopped_ = true;
     }
     roomCame_.notify_all();
+    threads_.clear();
+}
+
+std::vector<FileResult> WorkQueue::stop() {
+    endThreads();
+    std::vector<FileResult> results;
+    for (; taken_ < started_; ++taken_) {
+        if (place(taken_)) results.push_back(*std::exchange(place(taken_), std::nullopt));
+    }
+    return results;
 }
 
 void WorkQueue::workOn() {

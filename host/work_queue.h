@@ -27,7 +27,7 @@ class WorkQueue {
     // std::system_error when not a single thread can be had.
     WorkQueue(std::size_t items, std::uint32_t jobs, Work work);
 
-    // Waits for the items in hand; the others are left.
+    // Waits for the items in hand, and leaves the others.
     ~WorkQueue();
 
     WorkQueue(const WorkQueue&) = delete;
@@ -38,8 +38,13 @@ class WorkQueue {
     // thrown here.
     std::optional<FileResult> next(std::chrono::milliseconds patience);
 
+    // Does so at once, and answers the results that have not been taken, in order. Nothing is to be
+    // taken after it.
+    std::vector<FileResult> stop();
+
  private:
     void workOn();
+    void endThreads();
     bool hasRoom() const { return started_ - taken_ < waiting_.size(); }
     std::optional<FileResult>& place(std::size_t item) { return waiting_[item % waiting_.size()]; }
 

@@ -14,7 +14,7 @@
  * that take none, may be used on any threads at once.
  *
  * Failures. A call answers a result code, or null where it answers text. A null pointer where one
- * is needed is ATDP_INVALID and changes nothing. What else went wrong, such as a missing file,
+ * is needed is ATDP_INVALID and changes nothing but a count that is answered, which becomes 0. What else went wrong, such as a missing file,
  * stands in the log.
  *
  * Structures that callers make start with their own size, so that they can grow. A caller sets it
@@ -184,7 +184,7 @@ ATDP_API atdp_result atdp_metadata_at(atdp_decoder* decoder, uint32_t index,
 /* Delivers the next frames. `*frames` is the room at `samples` before the call, in frames, and what
  * was delivered after it. Fewer than asked for, down to 0, with ATDP_OK is the end of the sound;
  * with ATDP_READ_FAILED they are the frames before the failure. Otherwise `*frames` becomes 0:
- * ATDP_WRONG_STATE, or ATDP_INVALID, also for a room of 2^32 samples and more. */
+ * ATDP_WRONG_STATE, ATDP_NO_MEMORY, or ATDP_INVALID, also for a room of 2^32 samples and more. */
 ATDP_API atdp_result atdp_read(atdp_decoder* decoder, float* samples,
                                uint32_t* frames) ATDP_NOEXCEPT;
 

@@ -27,8 +27,9 @@ set(CPACK_DEBIAN_ATDP_PACKAGE_SECTION sound)
 set(CPACK_COMPONENT_ATDP_DESCRIPTION
 "decode, convert, play and examine sound files
 A decoder plug-in for audio players, and a command-line player and converter
-over it. It decodes linear PCM in WAV and AIFF files, MPEG audio of layers I
-to III and Apple Lossless, gaplessly, with exact lengths and exact seeks.")
+over it. It decodes linear PCM in WAV, AIFF, CAF, AU and Wave64 files, MPEG
+audio of layers I to III and Apple Lossless, gaplessly, with exact lengths and
+exact seeks.")
 
 # What depends on the library, and what the system is to do when it comes or goes.
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/shlibs "libatdp 0 libatdp0 (>= ${PROJECT_VERSION})\n")

@@ -3,6 +3,7 @@
 #include <libaudcore/plugin.h>
 #include <libaudcore/runtime.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <exception>
@@ -33,8 +34,8 @@ const char* const kExtensions[] = {"wav", "wave", "rf64", "aif", "aiff", "au",  
                                    "mp2", "mp1",  "mpa",  "m4a", "mp4",  "w64", nullptr};
 
 constexpr const char* kAbout =
-    "Plays WAV, AIFF, MPEG audio and Apple Lossless files through the AudioToolbox decoder "
-    "module: gapless, with exact lengths and exact seeking.";
+    "Plays WAV, AIFF, CAF, AU, Wave64, MPEG audio and Apple Lossless files through the "
+    "AudioToolbox decoder module: gapless, with exact lengths and exact seeking.";
 
 // Runs one of the player's calls: no exception may get back to it.
 template <class Call>
@@ -53,12 +54,13 @@ void logModuleLine(const char* line, void*) {
     AUDDBG("%s\n", line);
 }
 
-// The player's sound has whole rates and a limited number of channels.
+// The player's sound has whole rates, which a file may go far beyond, and a limited number of
+// channels.
 void fitToPlayer(SeekableFileDecoder& decoder) {
-    if (const float rate = std::round(decoder.getSamplingRate());
-        rate != decoder.getSamplingRate()) {
-        decoder.setSamplingRate(rate);
-    }
+    constexpr float kMostRate = 768'000;
+    const float rate = std::clamp(std::round(decoder.getSamplingRate()), 1.0f, kMostRate);
+    if (rate != decoder.getSamplingRate() && !decoder.setSamplingRate(rate))
+        throw host::Failure("AudioToolbox Decoder", "the file's rate is none that can be played");
     if (decoder.getChannels() > AUD_MAX_CHANNELS) decoder.setChannels(2);
 }
 

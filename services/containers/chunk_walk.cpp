@@ -100,11 +100,10 @@ std::uint64_t ChunkWalk::paddingBytes(const Chunk& chunk) {
 }
 
 void TagChunks::add(const TagChunk& chunk) {
-    const bool isId3 =
-        chunk.identifier == fourCharCode("id3 ") || chunk.identifier == fourCharCode("ID3 ");
-    if (chunks_.size() >= kMaxTagChunks || (isId3 && id3Tags_ >= kMaxTagsInARow)) return;
+    const bool isTag = isId3(chunk.identifier);
+    if (chunks_.size() >= kMaxTagChunks || (isTag && id3Tags_ >= kMaxTagsInARow)) return;
     chunks_.push_back(chunk);
-    if (isId3) ++id3Tags_;
+    if (isTag) ++id3Tags_;
 }
 
 }  // namespace atdp::services

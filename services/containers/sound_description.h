@@ -21,6 +21,11 @@ struct TagChunk {
     ByteRange body;
 };
 
+// Whether chunks of that name hold an ID3 tag; writers disagree about the case.
+constexpr bool isId3(std::uint32_t identifier) {
+    return identifier == fourCharCode("id3 ") || identifier == fourCharCode("ID3 ");
+}
+
 struct SoundDescription {
     std::uint32_t fileType = 0;            // kAudioFile...Type
     AudioStreamBasicDescription format{};  // the file's own format

@@ -58,8 +58,7 @@ std::uint64_t dataBytes(const Chunk& chunk, std::uint64_t formBytes,
 }
 
 bool isTagChunk(std::uint32_t identifier) {
-    return identifier == fourCharCode("LIST") || identifier == fourCharCode("id3 ") ||
-           identifier == fourCharCode("ID3 ");
+    return identifier == fourCharCode("LIST") || isId3(identifier);
 }
 
 Result<WaveChunks> collectChunks(ByteSource& source, std::uint32_t formBytes, bool largeForm) {

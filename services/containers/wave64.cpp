@@ -19,10 +19,6 @@ struct Wave64Chunks {
     TagChunks tagChunks;
 };
 
-bool isId3(std::uint32_t identifier) {
-    return identifier == fourCharCode("id3 ") || identifier == fourCharCode("ID3 ");
-}
-
 // The sound runs to the end of the file where a writer that could not go back left its size open:
 // all ones, or 0 in a form whose own size ends before the sound.
 bool isOpen(const Chunk& chunk, std::uint64_t formBytes) {

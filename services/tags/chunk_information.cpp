@@ -95,18 +95,14 @@ void addOther(TextMap& information, std::uint32_t identifier, Bytes body) {
         addAuAnnotation(information, body);
 }
 
-bool isId3(const TagChunk& chunk) {
-    return chunk.identifier == fourCharCode("id3 ") || chunk.identifier == fourCharCode("ID3 ");
-}
-
 }  // namespace
 
 TextMap readChunkInformation(ByteSource& source, const std::vector<TagChunk>& chunks) {
     TextMap information;
     for (const TagChunk& chunk : chunks)
-        if (isId3(chunk)) addId3Tag(information, readTagBytes(source, chunk.body));
+        if (isId3(chunk.identifier)) addId3Tag(information, readTagBytes(source, chunk.body));
     for (const TagChunk& chunk : chunks)
-        if (!isId3(chunk))
+        if (!isId3(chunk.identifier))
             addOther(information, chunk.identifier, readTagBytes(source, chunk.body));
     shortenYear(information);
     return information;

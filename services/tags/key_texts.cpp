@@ -1,7 +1,6 @@
 #include "services/tags/key_texts.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -23,11 +22,15 @@ constexpr std::pair<std::string_view, const char*> kNames[] = {
     {"composer", "composer"},
 };
 
-// Keys are ASCII; their case tells nothing.
+// Of ASCII, whatever language the player is set to.
+char lowerCase(char character) {
+    const bool isCapital = character >= 'A' && character <= 'Z';
+    return isCapital ? static_cast<char>(character - 'A' + 'a') : character;
+}
+
+// The names are in lower case; that of a key tells nothing.
 bool isSameKey(std::string_view key, std::string_view name) {
-    return std::ranges::equal(key, name, [](unsigned char a, unsigned char b) {
-        return std::tolower(a) == std::tolower(b);
-    });
+    return std::ranges::equal(key, name, {}, lowerCase);
 }
 
 void addText(TextMap& information, std::string_view key, std::string_view value) {

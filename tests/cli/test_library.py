@@ -94,8 +94,9 @@ class Library(InFolder):
                             "0 failed")
         later = time.time() + 10
         os.utime(self.music / "3" / "0013.wav", (later, later))
-        self.assert_summary(self.decode(*convert, self.music), 0, "1 decoded",
-                            f"{files - 1} skipped", "0 failed")
+        older = self.decode(*convert, self.music)
+        self.assert_summary(older, 1, "0 decoded", f"{files - 1} skipped", "1 failed")
+        self.assertIn(b"0013.wav: exists already", older.stderr)
         self.assert_summary(self.decode(*convert, "--force", "-j", 1, self.music), 0,
                             f"{files} decoded", "0 skipped", "0 failed")
         self.assertEqual(self.written(), whole)
