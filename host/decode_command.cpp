@@ -102,9 +102,9 @@ void addDecodeCommand(CLI::App& app, Command& chosen) {
     addLibraryOptions(*command, options->library);
     command
         ->add_option("-o", options->outputPath,
-                     "File to write, - for standard output; else FILE's name with .wav (.raw\n"
-                     "for --raw), in the working directory. A folder (DIR/, or one that exists)\n"
-                     "takes the results of many files")
+                     "File to write, or to replace; - for standard output; else FILE's name\n"
+                     "with .wav (.raw for --raw), in the working directory. A folder (DIR/, or\n"
+                     "one that exists) takes the results of many files")
         ->type_name("PATH");
     command->add_flag("--force", options->force,
                       "Replace results that exist; in a folder, also those that are complete");

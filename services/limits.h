@@ -47,8 +47,9 @@ inline constexpr std::size_t kWalkBlockBytes = 64 * 1024;
 // text or a torn tag there; a file without a packet in its first megabyte is something else.
 inline constexpr std::uint64_t kMaxLeadingJunkBytes = 1024 * 1024;
 
-// The smallest packet that a table may state for all packets at once. No packet with sound in it is
-// smaller, and so a table that has no bytes of its own cannot take more memory than the file has.
+// The smallest packet that a table may state for all packets at once, and that packets have on
+// average. No packet with sound in it is smaller, and so a table cannot take more memory, or make
+// more silence, than the sound's bytes are worth.
 inline constexpr std::uint32_t kMinCommonPacketBytes = 8;
 
 // Packets of one stream: 121 hours of MPEG audio at 44.1 kHz, in 128 MB of memory. A hostile file

@@ -66,8 +66,11 @@ Result<CafPacketTable> readCafPacketTable(ByteSource& source, ByteRange table, B
     found.validFrames = cursor.bigEndian<std::int64_t>();
     found.primingFrames = cursor.bigEndian<std::int32_t>();
 
+    // Empty packets are silence, but a table of nothing else must not make days of it.
+    const std::uint64_t most =
+        std::min({packets, kMaxPackets, data.bytes / kMinCommonPacketBytes + 1});
     VariableNumbers numbers(source, {table.offset + kHeadBytes, table.bytes - kHeadBytes});
-    for (std::uint64_t i = 0; i < std::min(packets, kMaxPackets); ++i) {
+    for (std::uint64_t i = 0; i < most; ++i) {
         const auto bytes = numbers.next();
         if (!bytes) return bytes.failure();
         if (!*bytes || **bytes > data.bytes) break;

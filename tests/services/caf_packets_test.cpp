@@ -36,6 +36,8 @@ TEST(CafPackets, AreThoseThatTheSoundHolds) {
     };
     for (const auto& [numbers, expected] : cases)
         EXPECT_EQ(tracked(cafPacketTable(numbers)), expected);
+    EXPECT_TRUE(
+        tracked(cafPacketTable(std::vector<std::uint64_t>(1000))).ends_with("0 : 0, 114688"));
     EXPECT_EQ(tracked(cafPacketTable({8, 200, 8}, 0, 0, 2)), "28 x200 : 0, 8192");
     EXPECT_EQ(tracked(cafPacketTable({8, 200, 8}, 0, 0, 1ULL << 63)), "28 x200 28 : 0, 9192");
     EXPECT_EQ(tracked(cafPacketTable({8, 4096, 200, 4096, 8, 1000}, 0, 0, 3), 0),
