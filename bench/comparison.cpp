@@ -81,10 +81,13 @@ int compare(const std::vector<Comparison>& comparisons, int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     for (const Comparison& comparison : comparisons)
-        for (const Contestant& contestant : comparison.contestants)
-            benchmark::RegisterBenchmark(benchmarkName(comparison, contestant).c_str(),
-                                         [&](benchmark::State& state) { run(state, contestant); })
-                ->UseManualTime();
+        for (const Contestant& contestant : comparison.contestants) {
+            auto* const added = benchmark::RegisterBenchmark(
+                benchmarkName(comparison, contestant).c_str(),
+                [&](benchmark::State& state) { run(state, contestant); });
+            added->UseManualTime();
+            if (comparison.isDoneOnce) added->Iterations(1);
+        }
     Times times;
     benchmark::RunSpecifiedBenchmarks(&times);
     std::printf("| Work | ours, ms | other | other, ms | ratio of medians | of minima |\n");

@@ -18,6 +18,10 @@ struct Contestant {
 struct Comparison {
     std::string work;
     std::vector<Contestant> contestants;  // ours first
+
+    // Does the work once in each repetition, for times that are a small part of the work. Else it
+    // is done until the times add up.
+    bool isDoneOnce = false;
 };
 
 // Runs all of them in turns with Google Benchmark, whose flags argv may hold, and prints a table of
