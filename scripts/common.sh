@@ -36,13 +36,14 @@ install_packages() {
 }
 
 # Configures and builds a preset, or of it only $build_targets; further arguments go to the
-# configuration. Quiet unless it fails.
+# configuration. Quiet unless it fails. With CI set, warnings are errors in every build, so that none
+# is made twice.
 build_preset() {
     local preset=$1 log=build/$1.log
     shift
     mkdir -p build
     echo "Building build/$preset" >&2
-    if ! { cmake --preset "$preset" "$@" &&
+    if ! { cmake --preset "$preset" -DATDP_WARNINGS_AS_ERRORS="${CI:+ON}" "$@" &&
         cmake --build --preset "$preset" -j "$(nproc)" \
             ${build_targets:+--target $build_targets}; } >"$log" 2>&1; then
         cat "$log" >&2
