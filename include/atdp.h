@@ -14,8 +14,8 @@
  * that take none, may be used on any threads at once.
  *
  * Failures. A call answers a result code, or null where it answers text. A null pointer where one
- * is needed is ATDP_INVALID and changes nothing but a count that is answered, which becomes 0. What else went wrong, such as a missing file,
- * stands in the log.
+ * is needed is ATDP_INVALID and changes nothing but a count that is answered, which becomes 0. What
+ * else went wrong, such as a missing file, stands in the log.
  *
  * Structures that callers make start with their own size, so that they can grow. A caller sets it
  * to sizeof, as the INIT macros do. A smaller size than the first header had, or one above 4096, is
