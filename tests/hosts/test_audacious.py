@@ -59,7 +59,7 @@ class Playing(PlayerTest):
         counted = self.folder / "counted.mp3"
         stream = self.lame(source, "-t", name="plain.mp3").read_bytes()
         counted.write_bytes(gapless_comment(4410, 500, 92610) + stream)
-        self.start(tagged, source, DATA / "lossless.m4a", counted, options=())
+        self.start_controlled(tagged, source, DATA / "lossless.m4a", counted)
         expected = {
             1: {"title": "A title", "artist": "An artist", "album": "An album", "genre": "Jazz",
                 "track-number": "3", "year": "1999", "length": "3000", "codec": "MPEG audio"},
@@ -155,7 +155,7 @@ class BadInput(PlayerTest):
         songs = kinds * 40
         device = SlowDevice(self.captured)
         self.addCleanup(device.close)
-        self.start(*songs, options=())
+        self.start_controlled(*songs)
         self.until(lambda: self.tool("playlist-length") == str(len(songs)), "all songs are there")
         self.until(lambda: device.sound, "the first plays")
         for song in range(1, len(songs) + 1):

@@ -57,20 +57,29 @@ class PlayerTest(InFolder):
         folder.mkdir(exist_ok=True)
         (folder / "config").write_text(SETTINGS + text)
 
-    def start(self, *paths, options=("-q",)):
-        """Starts to play files; with -q the player quits after the last. Its log is in a file."""
+    def start(self, *paths):
+        """Starts to play files; the player quits after the last. Its log is in a file."""
+        self.launch("-q", *paths)
+
+    def start_controlled(self, *paths):
+        """Starts to play files; the player then listens to tool()."""
+        self.launch(*paths)
+        # It owns its name on the bus before it can answer, and dies of a question in between.
+        self.until(lambda: "Matched " in self.log.read_text(), "the player looks into files")
+
+    def launch(self, *arguments):
         self.log = self.folder / "log"
         environment = self.environment | {"LD_PRELOAD": os.environ["AUDACIOUS_PRELOAD"]}
         with open(self.log, "w", encoding="utf-8") as log:
             self.process = subprocess.Popen(
-                list(map(str, [self.player, "-H", "-p", "-V", *options, *paths])),
+                list(map(str, [self.player, "-H", "-p", "-V", *arguments])),
                 env=environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         self.addCleanup(self.process.wait)
         self.addCleanup(self.process.kill)
 
     def wait(self):
         """Until the player has quit by itself; answers its log."""
-        self.assertEqual(self.process.wait(timeout=30), 0,
+        self.assertEqual(self.process.wait(timeout=60), 0,
                          self.log.read_text()[-2000:])
         return self.log.read_text()
 
@@ -82,17 +91,17 @@ class PlayerTest(InFolder):
         return self.captured.read_bytes() if self.captured.exists() else b"", log
 
     def tool(self, *arguments):
-        """What the running player answers to its remote control."""
+        """What the player, started as controlled, answers to its remote control."""
         return subprocess.run(["audtool", *map(str, arguments)], env=self.environment, timeout=20,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL
                               ).stdout.decode().strip()
 
     def until(self, holds, what):
-        for _ in range(200):
+        for _ in range(600):
             if holds():
                 return
             time.sleep(0.05)
-        self.fail(f"not in ten seconds: {what}\n{self.log.read_text()[-2000:]}")
+        self.fail(f"not in half a minute: {what}\n{self.log.read_text()[-2000:]}")
 
 
 class SlowDevice:
