@@ -5,9 +5,8 @@
 namespace atdp::services {
 namespace {
 
-constexpr std::uint32_t kBlockFrames = 1024;
-constexpr std::size_t kKeptFrames = 8192;
-constexpr std::size_t kRoomFrames = 2 * kKeptFrames;  // kept frames seldom have to move
+constexpr std::uint32_t kBlockFrames = 2048;
+constexpr std::size_t kRoomFrames = 8 * kBlockFrames;
 
 }  // namespace
 
@@ -16,7 +15,10 @@ FrameWindow::FrameWindow(FrameReader& source, std::uint32_t channels)
 
 bool FrameWindow::fill() {
     if (position_ < end()) return true;
-    if (held_ + kBlockFrames > kRoomFrames) dropOldFrames();
+    if (end() <= kept_ || held_ + kBlockFrames > kRoomFrames) {
+        first_ = position_;
+        held_ = 0;
+    }
     float* const block = frames_.data() + held_ * channels_;
     std::uint32_t frames = kBlockFrames;
     if (!source_.read(block, &frames)) return false;
@@ -26,13 +28,6 @@ bool FrameWindow::fill() {
     }
     held_ += frames;
     return true;
-}
-
-void FrameWindow::dropOldFrames() {
-    const std::size_t dropped = held_ - kKeptFrames;
-    std::copy_n(frames_.data() + dropped * channels_, kKeptFrames * channels_, frames_.data());
-    first_ += dropped;
-    held_ = kKeptFrames;
 }
 
 std::span<const float> FrameWindow::samples() const {

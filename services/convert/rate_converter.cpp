@@ -14,7 +14,7 @@ namespace {
 // does.
 constexpr std::uint32_t kLeadFrames = 256;
 constexpr std::uint32_t kMinSegmentFrames = 1024;
-constexpr std::uint32_t kMaxSegmentFrames = 131'072;
+constexpr std::uint32_t kMaxSegmentFrames = 262'144;
 
 // Samples of a segment and of a packet at the higher rate, so that rates far apart and many
 // channels do not make a frame cost seconds. The same bound holds for the terms of a ratio, which
@@ -23,7 +23,7 @@ constexpr std::uint32_t kMaxSegmentSamples = 1U << 23;
 constexpr std::uint32_t kMaxPacketSamples = 1U << 20;
 
 constexpr std::uint32_t kMinPacketFrames = 16;
-constexpr std::uint32_t kMaxPacketFrames = 2048;
+constexpr std::uint32_t kMaxPacketFrames = 4096;
 
 constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
@@ -104,11 +104,13 @@ bool RateConverter::goTo(std::uint64_t frame) {
 }
 
 bool RateConverter::resetResampler() {
+    if (isFresh_) return true;
     if (!resampler_)
         resampler_.reset(makeResampler(ratio_, channels_));
     else if (!hasMemoryToStart(channels_) || soxr_clear(resampler_.get()) != nullptr)
         resampler_.reset();
-    return resampler_ != nullptr;
+    isFresh_ = resampler_ != nullptr;
+    return isFresh_;
 }
 
 bool RateConverter::startSegment(std::uint64_t segment) {
@@ -117,6 +119,7 @@ bool RateConverter::startSegment(std::uint64_t segment) {
     source_.goTo(segment * segment_.in - lead.in);
     position_ = segment * segment_.out - lead.out;
     segmentEnd_ = (segment + 1) * segment_.out;
+    source_.keepFrom((segment + 1) * segment_.in - lead_.in);
     return skip(lead.out);
 }
 
@@ -136,6 +139,7 @@ bool RateConverter::resample(float* samples, std::size_t frames) {
         std::size_t given = 0;
         if (!source_.fill()) return giveUp();
         const auto input = source_.samples();
+        isFresh_ = false;
         const soxr_error_t error =
             soxr_process(resampler_.get(), input.data(), input.size() / channels_, &taken, samples,
                          frames, &given);

@@ -50,6 +50,7 @@ class RateConverter final : public PacketDecoder {
     RateRatio lead_;     // frames before it that the resampler is given first
     std::uint32_t packetFrames_;
     std::unique_ptr<soxr, ResamplerDelete> resampler_;  // null after a failure
+    bool isFresh_ = true;                               // it was given nothing yet
     std::vector<float> packet_;                         // the samples of one
     std::vector<float> skipped_;                        // room for frames that nobody hears
     std::uint64_t position_ = 0;                        // the next frame to come out
