@@ -10,8 +10,9 @@ extern "C" {
 namespace atdp::bench {
 namespace {
 
-// Frames decoded before a frame that was sought, so that it comes out as in a straight run.
-constexpr std::int64_t kPreroll = 2 * 1152;
+// Frames decoded before a frame that was sought: the fewest after which all samples of the files that
+// are compared are those of a straight run. The bit reservoir of other files may reach farther back.
+constexpr std::int64_t kPreroll = 3 * 1152;
 
 class LibavPlayer final : public Player {
  public:

@@ -29,7 +29,7 @@ constexpr std::array<std::array<std::uint8_t, kMaxAlacChannels>, kMaxAlacChannel
     {2, 6, 7, 0, 1, 4, 5, 3},  // C Lc Rc L R Ls Rs LFE
 }};
 
-void skipData(AlacBitReader& bits) {
+void skipData(BitReader& bits) {
     bits.read(4);  // instance
     const bool isAligned = bits.read(1) != 0;
     std::uint32_t bytes = bits.read(8);
@@ -38,7 +38,7 @@ void skipData(AlacBitReader& bits) {
     bits.skip(std::uint64_t{8} * bytes);
 }
 
-void skipFill(AlacBitReader& bits) {
+void skipFill(BitReader& bits) {
     std::uint32_t bytes = bits.read(4);
     if (bytes == 15) bytes += bits.read(8) - 1;
     bits.skip(std::uint64_t{8} * bytes);
@@ -52,7 +52,7 @@ struct ElementHead {
     std::uint32_t frames = 0;
 };
 
-ElementHead readElementHead(AlacBitReader& bits, std::uint32_t frameLength) {
+ElementHead readElementHead(BitReader& bits, std::uint32_t frameLength) {
     ElementHead head;
     bits.read(4);  // instance
     head.isReservedClear = bits.read(12) == 0;
@@ -68,7 +68,7 @@ struct Channel {
     std::uint32_t meanFactor = 0;  // in quarters of the configuration's
 };
 
-Channel readChannel(AlacBitReader& bits) {
+Channel readChannel(BitReader& bits) {
     Channel channel;
     channel.predictor.hasSumPass = bits.read(4) != 0;
     channel.predictor.shift = bits.read(4);
@@ -82,7 +82,7 @@ Channel readChannel(AlacBitReader& bits) {
 }  // namespace
 
 std::uint32_t alacFramesIn(Bytes start, const AlacConfig& config) {
-    AlacBitReader bits(start);
+    BitReader bits(start);
     const std::uint32_t element = bits.read(3);
     const bool hasSamples =
         element == kSingleChannel || element == kChannelPair || element == kLowFrequency;
@@ -95,7 +95,7 @@ AlacDecoder::AlacDecoder(const AlacConfig& config, const AlacKernels& kernels)
     : config_(config), kernels_(kernels), pairs_(std::size_t{2} * config.frameLength) {}
 
 std::uint32_t AlacDecoder::decode(Bytes packet, float* samples) {
-    AlacBitReader bits(packet);
+    BitReader bits(packet);
     frames_ = 0;
     channelsDone_ = 0;
     while (channelsDone_ < config_.channels) {
@@ -116,8 +116,7 @@ std::uint32_t AlacDecoder::decode(Bytes packet, float* samples) {
     return frames_;
 }
 
-bool AlacDecoder::decodeElement(AlacBitReader& bits, Bytes packet, unsigned channels,
-                                float* samples) {
+bool AlacDecoder::decodeElement(BitReader& bits, Bytes packet, unsigned channels, float* samples) {
     if (channels > config_.channels - channelsDone_) return false;
     const ElementHead head = readElementHead(bits, config_.frameLength);
     if (!head.isReservedClear || head.frames == 0 || head.frames > config_.frameLength)
@@ -134,14 +133,14 @@ bool AlacDecoder::decodeElement(AlacBitReader& bits, Bytes packet, unsigned chan
     return true;
 }
 
-bool AlacDecoder::readPlain(AlacBitReader& bits, unsigned channels) {
+bool AlacDecoder::readPlain(BitReader& bits, unsigned channels) {
     const std::size_t step = channels == 1 ? 2 : 1;
     for (std::size_t i = 0; i < std::size_t{frames_} * channels; ++i)
         pairs_[step * i] = static_cast<std::int32_t>(bits.read(config_.bitDepth));
     return !bits.isPastEnd();
 }
 
-bool AlacDecoder::readPredicted(AlacBitReader& bits, unsigned channels, AlacOutput& output) {
+bool AlacDecoder::readPredicted(BitReader& bits, unsigned channels, AlacOutput& output) {
     const unsigned lowBits = 8 * output.lowBytes;
     if (output.lowBytes > 2 || lowBits >= config_.bitDepth) return false;
     // The difference of two channels needs one bit more than they.

@@ -24,9 +24,9 @@ class AlacDecoder {
     std::uint32_t decode(Bytes packet, float* samples);
 
  private:
-    bool decodeElement(AlacBitReader& bits, Bytes packet, unsigned channels, float* samples);
-    bool readPlain(AlacBitReader& bits, unsigned channels);
-    bool readPredicted(AlacBitReader& bits, unsigned channels, AlacOutput& output);
+    bool decodeElement(BitReader& bits, Bytes packet, unsigned channels, float* samples);
+    bool readPlain(BitReader& bits, unsigned channels);
+    bool readPredicted(BitReader& bits, unsigned channels, AlacOutput& output);
 
     AlacConfig config_;
     const AlacKernels& kernels_;

@@ -8,7 +8,7 @@
 #include <array>
 #include <cstdint>
 
-#include "services/codecs/alac_bit_reader.h"
+#include "services/codecs/bit_reader.h"
 
 namespace atdp::services {
 
@@ -33,7 +33,7 @@ struct AlacPredictor {
 struct AlacKernels {
     // Reads the residuals of one channel to every second number from `out` on. False when they
     // are damaged.
-    bool (*readResiduals)(AlacBitReader& bits, const AlacCoding& coding, std::int32_t* out,
+    bool (*readResiduals)(BitReader& bits, const AlacCoding& coding, std::int32_t* out,
                           std::uint32_t frames);
 
     // Turns residuals into samples of `bits` bits, 1 to 32.

@@ -19,7 +19,7 @@
 namespace atdp::services {
 namespace {
 
-bool readResiduals(AlacBitReader& bits, const AlacCoding& coding, std::int32_t* out,
+bool readResiduals(BitReader& bits, const AlacCoding& coding, std::int32_t* out,
                    std::uint32_t frames) {
     return readAlacResidualsBody(bits, coding, out, frames);
 }

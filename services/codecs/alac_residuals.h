@@ -19,7 +19,7 @@ inline constexpr unsigned kAlacRunBits = 16;        // of a run that is not code
 inline constexpr std::uint32_t kAlacShortCodeBits = 15;
 
 // Reads the length of a run of zeros.
-[[gnu::always_inline]] inline std::uint32_t readAlacRun(AlacBitReader& bits, std::uint32_t mean,
+[[gnu::always_inline]] inline std::uint32_t readAlacRun(BitReader& bits, std::uint32_t mean,
                                                         std::uint32_t maxCodeBits) {
     const std::uint64_t head = bits.peek();
     const auto prefix = static_cast<unsigned>(std::countl_one(head));
@@ -42,11 +42,10 @@ inline constexpr std::uint32_t kAlacShortCodeBits = 15;
 // number at the end of the code, which is known last, has the shortest way; and the mean has a bias
 // of what is added to it for each use.
 template <bool HasShortCodes>
-[[gnu::always_inline]] inline bool readAlacResiduals(AlacBitReader& reader,
-                                                     const AlacCoding& coding, std::int32_t* out,
-                                                     std::uint32_t frames) {
+[[gnu::always_inline]] inline bool readAlacResiduals(BitReader& reader, const AlacCoding& coding,
+                                                     std::int32_t* out, std::uint32_t frames) {
     constexpr std::uint64_t kBias = 3U << kAlacMeanFractionBits;
-    AlacBitReader bits = reader;
+    BitReader bits = reader;
     const std::uint64_t factor = coding.meanFactor;
     const unsigned maxCodeBits = coding.maxCodeBits;
     std::uint64_t biasedMean = coding.initialMean + kBias;
@@ -98,8 +97,7 @@ template <bool HasShortCodes>
     return !bits.isPastEnd();
 }
 
-[[gnu::always_inline]] inline bool readAlacResidualsBody(AlacBitReader& bits,
-                                                         const AlacCoding& coding,
+[[gnu::always_inline]] inline bool readAlacResidualsBody(BitReader& bits, const AlacCoding& coding,
                                                          std::int32_t* out, std::uint32_t frames) {
     return coding.maxCodeBits <= kAlacShortCodeBits
                ? readAlacResiduals<true>(bits, coding, out, frames)

@@ -8,9 +8,9 @@
 namespace atdp::services {
 
 // Reads bits, the highest of a byte first. Past the end there are zeros, and isPastEnd() tells.
-class AlacBitReader {
+class BitReader {
  public:
-    explicit AlacBitReader(Bytes bytes) : bytes_(bytes.data()), size_(bytes.size()) {}
+    explicit BitReader(Bytes bytes) : bytes_(bytes.data()), size_(bytes.size()) {}
 
     // The next 57 bits or more, from the highest on.
     std::uint64_t peek() const { return wordAt(position_ / 8) << position_ % 8; }
