@@ -10,13 +10,14 @@ extern "C" {
 namespace atdp::bench {
 namespace {
 
-// Frames decoded before a frame that was sought: the fewest after which all samples of the files that
-// are compared are those of a straight run. The bit reservoir of other files may reach farther back.
-constexpr std::int64_t kPreroll = 3 * 1152;
+// A packet's bits may start 511 bytes back, of which the smallest packets of 1152 frames hold 58
+// each, and its transform overlaps that of one more.
+constexpr int kPacketsBefore = 10;
+constexpr int kFewPacketsBefore = 3;
 
 class LibavPlayer final : public Player {
  public:
-    explicit LibavPlayer(const std::string& path) {
+    LibavPlayer(const std::string& path, int packetsBefore) {
         av_log_set_level(AV_LOG_QUIET);
         require(avformat_open_input(&format_, path.c_str(), nullptr, nullptr) >= 0 &&
                     avformat_find_stream_info(format_, nullptr) >= 0,
@@ -30,6 +31,7 @@ class LibavPlayer final : public Player {
         codec_->thread_count = 1;
         require(avcodec_open2(codec_, codec, nullptr) >= 0, "libavcodec does not open a codec");
         channels_ = static_cast<std::size_t>(stream_->codecpar->ch_layout.nb_channels);
+        if (codec->id != AV_CODEC_ID_ALAC) framesBefore_ = 1152 * packetsBefore;
     }
     ~LibavPlayer() override {
         av_frame_free(&frame_);
@@ -56,7 +58,7 @@ class LibavPlayer final : public Player {
                 ? 0
                 : av_rescale_q(stream_->start_time, stream_->time_base, perFrame);
         const std::int64_t target = first + static_cast<std::int64_t>(frame);
-        const std::int64_t early = std::max<std::int64_t>(target - kPreroll, 0);
+        const std::int64_t early = std::max<std::int64_t>(target - framesBefore_, 0);
         require(av_seek_frame(format_, stream_->index,
                               av_rescale_q(early, perFrame, stream_->time_base),
                               AVSEEK_FLAG_BACKWARD) >= 0,
@@ -120,13 +122,18 @@ class LibavPlayer final : public Player {
     AVPacket* packet_ = av_packet_alloc();
     AVFrame* frame_ = av_frame_alloc();
     std::size_t channels_ = 0;
-    std::size_t used_ = 0;  // frames of frame_ that were read
+    std::int64_t framesBefore_ = 0;  // decoded before a frame that is sought
+    std::size_t used_ = 0;           // frames of frame_ that were read
 };
 
 }  // namespace
 
 std::unique_ptr<Player> openWithLibav(const std::string& path) {
-    return std::make_unique<LibavPlayer>(path);
+    return std::make_unique<LibavPlayer>(path, kPacketsBefore);
+}
+
+std::unique_ptr<Player> openWithHastyLibav(const std::string& path) {
+    return std::make_unique<LibavPlayer>(path, kFewPacketsBefore);
 }
 
 }  // namespace atdp::bench
