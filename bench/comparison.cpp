@@ -73,14 +73,20 @@ void print(const Comparison& comparison, const Times& times) {
                     1e3 * times.median(other), times.median(other) / times.median(ours),
                     times.least(other) / times.least(ours));
     }
+    std::fflush(stdout);
 }
 
 }  // namespace
 
+// One comparison after the other, so that what else the machine does at the time bears on all
+// contestants of one alike.
 int compare(const std::vector<Comparison>& comparisons, int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    for (const Comparison& comparison : comparisons)
+    std::printf("| Work | ours, ms | other | other, ms | ratio of medians | of minima |\n");
+    std::printf("|---|---|---|---|---|---|\n");
+    Times times;
+    for (const Comparison& comparison : comparisons) {
         for (const Contestant& contestant : comparison.contestants) {
             auto* const added = benchmark::RegisterBenchmark(
                 benchmarkName(comparison, contestant).c_str(),
@@ -88,11 +94,10 @@ int compare(const std::vector<Comparison>& comparisons, int argc, char** argv) {
             added->UseManualTime();
             if (comparison.isDoneOnce) added->Iterations(1);
         }
-    Times times;
-    benchmark::RunSpecifiedBenchmarks(&times);
-    std::printf("| Work | ours, ms | other | other, ms | ratio of medians | of minima |\n");
-    std::printf("|---|---|---|---|---|---|\n");
-    for (const Comparison& comparison : comparisons) print(comparison, times);
+        benchmark::RunSpecifiedBenchmarks(&times);
+        benchmark::ClearRegisteredBenchmarks();
+        print(comparison, times);
+    }
     return times.hasFailed() ? 1 : 0;
 }
 

@@ -160,8 +160,7 @@ bool MpegDecoder::restart(std::uint64_t packet) {
     const bool hasReservoir = isOpen_ && packet == nextToFeed_;
     isOpen_ = false;
     if (!hasReservoir && !fillReservoir(packet)) return false;
-    if (mpg123_close(handle_.get()) != MPG123_OK || mpg123_open_feed(handle_.get()) != MPG123_OK)
-        return false;
+    if (mpg123_open_feed(handle_.get()) != MPG123_OK) return false;
     nextPacket_ = packet;
     nextToFeed_ = packet;
     packetsAhead_ = 0;
