@@ -24,12 +24,13 @@ const std::map<std::string, MakePlayer> kDecoders = {
     {"libavcodec", openWithLibav},
 };
 
-// Of this process alone: proc(5), smaps_rollup.
+// Written to by this process alone, which leaves out code: proc(5), smaps_rollup.
 std::int64_t privateBytes() {
     std::ifstream rollup("/proc/self/smaps_rollup");
     std::int64_t kilobytes = 0;
     for (std::string line; std::getline(rollup, line);)
-        if (line.starts_with("Private_")) kilobytes += std::stoll(line.substr(line.find(':') + 1));
+        if (line.starts_with("Private_Dirty:"))
+            kilobytes += std::stoll(line.substr(line.find(':') + 1));
     return kilobytes * 1024;
 }
 
