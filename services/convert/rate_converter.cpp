@@ -104,10 +104,9 @@ bool RateConverter::goTo(std::uint64_t frame) {
 }
 
 bool RateConverter::resetResampler() {
-    if (isFresh_) return true;
     if (!resampler_)
         resampler_.reset(makeResampler(ratio_, channels_));
-    else if (!hasMemoryToStart(channels_) || soxr_clear(resampler_.get()) != nullptr)
+    else if (!hasMemoryToStart(channels_) || (!isFresh_ && soxr_clear(resampler_.get()) != nullptr))
         resampler_.reset();
     isFresh_ = resampler_ != nullptr;
     return isFresh_;
