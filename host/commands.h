@@ -1,10 +1,13 @@
 // The commands of the program, one file each.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 
 #include "host/plugin_module.h"
+
+namespace CLI {
+class App;
+}
 
 namespace atdp::host {
 

@@ -1,6 +1,7 @@
 // atdp decode: the samples of files, written to others.
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <filesystem>
 #include <map>

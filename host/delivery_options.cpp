@@ -1,5 +1,6 @@
 #include "host/delivery_options.h"
 
+#include <CLI/CLI.hpp>
 #include <limits>
 #include <string>
 

@@ -1,11 +1,14 @@
 // --rate and --channels: the sound in another form than the file's own.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
 
 #include "host/opened_file.h"
+
+namespace CLI {
+class App;
+}
 
 namespace atdp::host {
 

@@ -1,4 +1,5 @@
 // atdp describe: what the plug-in says of itself.
+#include <CLI/CLI.hpp>
 #include <memory>
 #include <new>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,5 @@
 // atdp edges: what is cut from the ends of a file.
+#include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <span>

@@ -1,6 +1,7 @@
 // atdp info: what each file says of itself.
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <string>

@@ -1,5 +1,6 @@
 #include "host/library_options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <thread>
 

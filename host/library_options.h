@@ -1,10 +1,13 @@
 // FILE and --jobs: what many files to work on, and how many of them at once.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace atdp::host {
 

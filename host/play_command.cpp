@@ -1,4 +1,5 @@
 // atdp play: files through the sound device, one after the other without a gap.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

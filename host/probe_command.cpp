@@ -1,6 +1,7 @@
 // atdp probe: which class decodes a file.
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 

@@ -1,5 +1,6 @@
 #include "host/threshold_option.h"
 
+#include <CLI/CLI.hpp>
 #include <cmath>
 #include <limits>
 #include <string>

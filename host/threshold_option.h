@@ -1,8 +1,11 @@
 // --threshold-db, the same for every command that opens files.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
+
+namespace CLI {
+class App;
+}
 
 namespace atdp::host {
 
